@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Builds the sanitizer build (AddressSanitizer + UndefinedBehaviorSanitizer,
+# leak detection on, halting on the first error) and runs every unit and
+# end-to-end test through ctest.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/deps.sh
+cmake -S . -B build-asan -DINSTALL_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug >/dev/null
+cmake --build build-asan -j"$(nproc)"
+export ASAN_OPTIONS=detect_leaks=1:halt_on_error=1:abort_on_error=1:strict_string_checks=1
+export UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
+ctest --test-dir build-asan --output-on-failure -j"$(nproc)"
