@@ -1,0 +1,70 @@
+// Directory listing: the entries of one directory whose names match a
+// wildcard pattern (case-sensitive, see wild_match.h), in the order the system
+// gives them, each with its link status (links are not followed) and, for a
+// symbolic link, its target. "." and ".." are never listed.
+//
+// Walking a listing:
+//   file_listing* listing = nullptr;
+//   file_entry* entry = file_dir_open(&listing, dir, "*");
+//   if (entry != nullptr) {
+//     do { ...use entry... } while (file_dir_next(entry, listing));
+//     file_entry_free(&entry);
+//     file_dir_close(&listing);
+//   }
+// One entry is refilled in place, so a walk allocates nothing per name, and
+// memory stays bounded by the number of listings open at once.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+
+#include "foundation/str_text.h"
+
+// One listed entry. Owned by whoever opened or created it; release with
+// file_entry_free.
+struct file_entry {
+  char path[kPathSize] = {};  // directory joined with the name, <= 255 chars
+  std::string link_target;    // meaningful only for a symbolic link
+  struct stat status = {};    // lstat() of path
+};
+
+// An open listing (directory path, pattern, directory stream). Opaque.
+struct file_listing;
+
+// Opens dir and returns a new entry holding its first name matching pattern;
+// *listing then holds the open listing. Null (and *listing cleared) when an
+// argument is null, the directory cannot be opened (logged as "Error opening
+// dir '%s'" with the system's reason) or nothing matches.
+file_entry* file_dir_open(file_listing** listing, const char* dir, const char* pattern);
+// Refills entry with the next matching name: 1, or 0 at the end (entry then
+// unchanged). Names whose link status cannot be read, or whose full path
+// would exceed 255 characters, are skipped. 0 for null arguments.
+int file_dir_next(file_entry* entry, file_listing* listing);
+// Closes and frees the listing and clears *listing; null-safe.
+void file_dir_close(file_listing** listing);
+
+// A new entry for path, or null when path is null, longer than 255
+// characters or its link status cannot be read.
+file_entry* file_entry_new(const char* path);
+// A new entry with the same path, status and link target; null for null.
+file_entry* file_entry_clone(const file_entry* entry);
+// Re-reads status and link target from the entry's path: 1 done, 0 failed.
+int file_entry_stat(file_entry* entry);
+// Frees the entry and clears *entry; null-safe.
+void file_entry_free(file_entry** entry);
+
+// Accessors; texts stay the entry's until it is refilled or freed.
+// The full path, or null for a null entry.
+const char* file_entry_path(const file_entry* entry);
+// The name: what follows the path's last "/" or "\"; null for a null entry.
+const char* file_entry_name(const file_entry* entry);
+// The link's target ("READLINK FAILED" when it could not be read, cut at 255
+// characters), or null when the entry is not a symbolic link.
+const char* file_entry_link_target(const file_entry* entry);
+// The entry's lstat() status, or null for a null entry.
+const struct stat* file_entry_status(const file_entry* entry);
+// 1 for a real directory (a link to one is not), else 0.
+int file_entry_is_dir(const file_entry* entry);
+// 1 for a symbolic link, else 0.
+int file_entry_is_link(const file_entry* entry);

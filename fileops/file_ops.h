@@ -1,0 +1,111 @@
+// The file-system layer: path tests, copying and moving files and trees,
+// making and removing directories, modes and owners, user and group ids.
+//
+// File operations never print. Each completed or failed step is reported to
+// two process-wide callbacks (source, destination or null, is-file flag: 1
+// for copied files and made directories, 0 for removed entries); a null
+// callback is skipped. Errors are logged at error level through file_error,
+// with the system's reason appended.
+//
+// Tree walks never follow a symbolic link into another directory: an entry's
+// own link status decides whether it is a directory. file_chown changes a
+// link itself, never its target, and file_chmod leaves a link alone, so a
+// link planted inside a tree cannot hand a file outside it to anyone.
+//
+// Paths are cut at 255 characters; "/" and "\" are both separators on input.
+// Every operation accepts null arguments and then does nothing.
+#pragma once
+
+#include "foundation/str_text.h"
+
+using file_step_callback = void (*)(const char* source, const char* destination, int is_file);
+
+struct file_callback_pair {
+  file_step_callback done = nullptr;
+  file_step_callback failed = nullptr;
+};
+
+// Sets both step callbacks (either may be null).
+void file_set_callbacks(file_step_callback done, file_step_callback failed);
+// Sets both from pair; a null pair clears both.
+void file_set_callback_pair(const file_callback_pair* pair);
+// Fills pair with the current callbacks; nothing for a null pair.
+void file_get_callbacks(file_callback_pair* pair);
+
+// ---- path tests ------------------------------------------------------------
+
+// Follows links. 0 does not exist (or null), 1 exists and is not a
+// directory, 2 is a directory. Logs the outcome at debug level.
+int file_path_type(const char* path);
+// Quiet tests, following links: 1 yes, 0 no (also for null).
+int file_exists(const char* path);
+int file_is_dir(const char* path);
+
+// ---- files -------------------------------------------------------------------
+
+// Copies source to destination in 8,192-byte chunks, adding each chunk
+// written to *bytes when bytes is given. 1 copied; -1 destination exists and
+// overwrite is 0 (nothing done, nothing reported); 0 failed. When the source
+// cannot be read, an empty destination is left behind. The new file takes
+// its mode from the creation mask.
+int file_copy(const char* source, const char* destination, int overwrite, unsigned* bytes);
+// file_copy, then removes the source after any non-zero result (so with
+// overwrite 0 onto an existing destination the source is just deleted).
+// 1 moved, 0 failed.
+int file_move(const char* source, const char* destination, int overwrite, unsigned* bytes);
+// Removes one file, link or empty directory (a link's target is untouched).
+// 1 / 0, errno set on failure; logs nothing and calls no callback.
+int file_remove(const char* path);
+// rename(2): 1 / 0, errno set on failure; logs nothing.
+int file_rename(const char* source, const char* destination);
+
+// ---- trees -------------------------------------------------------------------
+
+// Copies the entries of source_dir whose names match pattern (null means
+// "*"; top level only) and match no pattern of exclude (a list, at every
+// level) into destination_dir, made with its parents when missing. Files
+// are always overwritten. With recursive, sub-directories are copied whole;
+// without, only made empty. Returns the number of steps done (files copied,
+// directories made); failures do not stop the walk.
+int file_copy_dir(const char* source_dir, const char* pattern, const char* exclude,
+                  const char* destination_dir, int recursive, unsigned* bytes);
+// The same walk moving files (file_move with overwrite = recursive) and,
+// with recursive, moving each sub-directory and then removing it. The source
+// directory itself stays. Returns the number of steps done.
+int file_move_dir(const char* source_dir, const char* pattern, const char* exclude,
+                  const char* destination_dir, int recursive, unsigned* bytes);
+// Makes path (mode 0775), with parents its missing parents first, logging
+// "Directory created '%s'" at debug level for each. 1 made or already there,
+// 0 failed.
+int file_mkdir(const char* path, int parents);
+// With recursive, removes everything below path whose name matches no
+// pattern of exclude; then path itself. Returns the number of entries
+// removed; reports each through the callbacks, logs nothing.
+int file_remove_tree(const char* path, const char* exclude, int recursive);
+
+// ---- modes, owners, ids ------------------------------------------------------
+
+// chmod: 1 done, 0 failed (null path). A symbolic link is left alone and
+// counts as done.
+int file_chmod(const char* path, int mode);
+// Changes owner and group without following a final symbolic link. A gid
+// of -1 takes the uid's value. 1 done, 0 failed or not tried (null path,
+// uid -1).
+int file_chown(const char* path, int uid, int gid);
+// The id of a user or group, the user's primary group id; -1 if unknown.
+int file_user_id(const char* user);
+int file_group_id(const char* group);
+int file_user_group_id(const char* user);
+
+// ---- names and errors --------------------------------------------------------
+
+// What follows the last "/" or "\" of path (the whole path without one), at
+// most size-1 characters, into buffer. Returns buffer; null when path or
+// buffer is null or size < 1.
+char* file_base_name(const char* path, char* buffer, int size);
+// path cut at its last "/" or "\" (separator dropped); a path without one is
+// copied whole. Returns buffer; null when path or buffer is null or size < 1.
+char* file_dir_name(const char* path, char* buffer, int size);
+// Logs the formatted message (999 characters at most) at error level,
+// followed by ", " and the system's text when errno is set.
+void file_error(const char* format, ...) __attribute__((format(printf, 1, 2)));
