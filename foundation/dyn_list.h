@@ -11,14 +11,19 @@
 #pragma once
 
 #include <cstdio>
-#include <vector>
+#include <cstdlib>
 
 struct dyn_list {
-  int capacity = 0;  // slots allocated
-  int step = 10;     // slots added by each growth
-  int count = 0;     // slots in use, at the front
-  int cursor = -1;   // next index list_next returns, -1 none
-  std::vector<void*> items;  // `capacity` slots; unused ones are null
+  int capacity = 0;         // slots allocated
+  int step = 10;            // slots added by each growth
+  int count = 0;            // slots in use, at the front
+  int cursor = -1;          // next index list_next returns, -1 none
+  void** items = nullptr;   // `capacity` slots (realloc'd); unused ones are null
+
+  dyn_list() = default;
+  dyn_list(const dyn_list&) = delete;
+  dyn_list& operator=(const dyn_list&) = delete;
+  ~dyn_list() { std::free(items); }
 };
 
 using list_destructor = void (*)(void** slot);

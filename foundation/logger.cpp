@@ -1,0 +1,256 @@
+#include "foundation/logger.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstdlib>
+#include <ctime>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "foundation/formatter.h"
+#include "foundation/str_path.h"
+#include "foundation/str_text.h"
+
+namespace {
+
+constexpr const char* kLevelWords[] = {"None", "Error", "Info", "Debug"};
+constexpr unsigned kLevelCount = 4;
+constexpr unsigned kRawRotateSize = 1048576;  // log_raw rotates here, whatever max_size says
+constexpr int kNameSize = 1000;
+constexpr int kCopyNameSize = 999;
+constexpr mode_t kLogMode = 0600;  // the log holds every answer given
+
+// The process-wide current logger and the errors held until one can take them.
+logger* current_log = nullptr;
+std::vector<std::string> pending_errors;
+
+std::string bounded(const char* text, int size) {
+  std::string result = str_or_empty(text);
+  if (static_cast<int>(result.size()) > size - 1) result.resize(static_cast<size_t>(size - 1));
+  return result;
+}
+
+// Opens path for appending; a new file is readable by its owner only.
+FILE* open_for_append(const char* path) {
+  int fd = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kLogMode);
+  if (fd < 0) return nullptr;
+  FILE* stream = fdopen(fd, "a");
+  if (stream == nullptr) close(fd);
+  return stream;
+}
+
+void write_out_pending() {
+  if (current_log == nullptr) return;
+  for (const std::string& message : pending_errors) {
+    log_write(current_log, message.c_str(), static_cast<unsigned>(log_level::error));
+  }
+  pending_errors.clear();
+  pending_errors.shrink_to_fit();
+}
+
+void become_current_if_none(logger* log) {
+  if (current_log != nullptr) return;
+  current_log = log;
+  write_out_pending();
+}
+
+// Reopens the chosen file when the stream is gone; false when that fails.
+bool ensure_stream(logger* log) {
+  if (log->stream != nullptr) return true;
+  if (log->name.empty()) return false;
+  std::string name = log->name;
+  return log_open(log, name.c_str()) != 0;
+}
+
+std::string numbered_copy(const std::string& name, int number) {
+  char copy[kCopyNameSize];
+  str_format(copy, sizeof copy, "%s%d", name.c_str(), number);
+  return copy;
+}
+
+// Moves the full file aside under a temporary name, reopens a fresh file
+// under the live name, shifts the numbered copies up and makes the moved
+// file copy 0. Failures of remove and rename are ignored.
+int rotate(logger* log) {
+  int first = rand();
+  int second = rand();
+  char temporary[kNameSize];
+  str_format(temporary, sizeof temporary, "%s.%05d%05d", log->name.c_str(), second, first);
+  log_close(log);
+  rename(log->name.c_str(), temporary);
+  std::string name = log->name;
+  int reopened = log_open(log, name.c_str());
+  std::string target = numbered_copy(name, log->keep);
+  for (int i = log->keep - 1; i >= 0; --i) {
+    std::string older = numbered_copy(name, i);
+    remove(target.c_str());
+    rename(older.c_str(), target.c_str());
+    target = older;
+  }
+  rename(temporary, target.c_str());
+  return reopened;
+}
+
+// Formats into a message of at most 999 characters.
+void format_message(char (&message)[kLineSize], const char* format, va_list args) {
+  int result = vsnprintf(message, sizeof message, format, args);
+  if (result == -1 || result == kLineSize) message[kLineSize - 1] = '\0';
+}
+
+}  // namespace
+
+logger* log_create(unsigned level) {
+  logger* log = new (std::nothrow) logger();
+  if (log != nullptr) log->level = level;
+  return log;
+}
+
+void log_free(logger** log) {
+  if (log == nullptr || *log == nullptr) return;
+  log_close(*log);
+  if (current_log == *log) current_log = nullptr;  // nothing logs after its log is gone
+  delete *log;
+  *log = nullptr;
+}
+
+int log_open(logger* log, const char* path) {
+  if (log == nullptr || path == nullptr) return 0;
+  log_close(log);
+  struct stat info {};
+  log->size = stat(path, &info) == 0 ? static_cast<unsigned>(info.st_size) : 0;
+  log->stream = open_for_append(path);
+  if (log->stream == nullptr) return 0;
+  log->name = bounded(path, kNameSize);
+  become_current_if_none(log);
+  return 1;
+}
+
+int log_set_file(logger* log, const char* dir, const char* file) {
+  if (log == nullptr) return 0;
+  if (dir != nullptr && access(dir, W_OK) != 0) return 0;
+  log_close(log);
+  char name[kNameSize];
+  str_copy(name, dir, sizeof name);
+  str_path_join(name, file, sizeof name);
+  log->name = name;
+  become_current_if_none(log);
+  return 1;
+}
+
+void log_close(logger* log) {
+  if (log != nullptr && log->stream != nullptr) file_close(&log->stream);
+}
+
+void log_set_current(logger* log) { current_log = log; }
+
+logger* log_current() { return current_log; }
+
+void log_set_level(logger* log, unsigned level) {
+  if (log != nullptr) log->level = level;
+}
+
+void log_set_level_name(logger* log, const char* word) {
+  if (log == nullptr || word == nullptr) return;
+  for (unsigned level = 0; level < kLevelCount; ++level) {
+    if (str_icmp(word, kLevelWords[level]) == 0) {
+      log->level = level;
+      return;
+    }
+  }
+}
+
+unsigned log_get_level(const logger* log) { return log == nullptr ? 0 : log->level; }
+
+const char* log_get_level_name(const logger* log) {
+  if (log == nullptr || log->level >= kLevelCount) return nullptr;
+  return kLevelWords[log->level];
+}
+
+void log_set_rotation(logger* log, int keep, unsigned max_size) {
+  if (log == nullptr) return;
+  log->keep = keep;
+  log->max_size = max_size;
+}
+
+void log_flush_every(logger* log, int n) {
+  if (log != nullptr) log->flush_every = n;
+}
+
+void log_flush(logger* log) {
+  logger* target = log != nullptr ? log : current_log;
+  if (target != nullptr && target->stream != nullptr) fflush(target->stream);
+}
+
+void log_write(logger* log, const char* message, unsigned level) {
+  if (log == nullptr || log->level < level || level >= kLevelCount) return;
+  if (!ensure_stream(log)) return;
+  time_t now = time(nullptr);
+  struct tm local {};
+  char stamp[64] = "";
+  if (localtime_r(&now, &local) != nullptr) asctime_r(&local, stamp);
+  int written = fprintf(log->stream, "%.20s [%d] %s: %s\n", stamp, static_cast<int>(getpid()),
+                        kLevelWords[level], str_or_empty(message));
+  log->size += static_cast<unsigned>(written);
+  if (log->size >= log->max_size) {
+    rotate(log);
+  } else if (log->flush_every != 0 && log->lines % log->flush_every == 0) {
+    fflush(log->stream);
+  }
+  ++log->lines;
+}
+
+void log_error(const char* format, ...) {
+  if (format == nullptr) return;
+  char message[kLineSize];
+  va_list args;
+  va_start(args, format);
+  format_message(message, format, args);
+  va_end(args);
+  if (current_log != nullptr && current_log->level != 0) {
+    log_write(current_log, message, static_cast<unsigned>(log_level::error));
+  } else {
+    pending_errors.emplace_back(message);
+  }
+}
+
+void log_info(const char* format, ...) {
+  if (format == nullptr || current_log == nullptr || current_log->level <= 1) return;
+  char message[kLineSize];
+  va_list args;
+  va_start(args, format);
+  format_message(message, format, args);
+  va_end(args);
+  log_write(current_log, message, static_cast<unsigned>(log_level::info));
+}
+
+void log_debug(const char* format, ...) {
+  if (format == nullptr || current_log == nullptr || current_log->level <= 2) return;
+  char message[kLineSize];
+  va_list args;
+  va_start(args, format);
+  format_message(message, format, args);
+  va_end(args);
+  log_write(current_log, message, static_cast<unsigned>(log_level::debug));
+}
+
+void log_raw(const char* format, ...) {
+  logger* log = current_log;
+  if (log == nullptr || format == nullptr || !ensure_stream(log)) return;
+  char message[kLineSize];
+  va_list args;
+  va_start(args, format);
+  format_message(message, format, args);
+  va_end(args);
+  int written = fprintf(log->stream, "%s", message);
+  log->size += static_cast<unsigned>(written);
+  if (log->size >= kRawRotateSize) {
+    rotate(log);
+  } else if (log->flush_every != 0 && (log->lines & log->flush_every) == 0) {
+    fflush(log->stream);
+  }
+  ++log->lines;
+}
