@@ -22,7 +22,10 @@ char* str_strip_ext(char* path);
 // Text after the first dot of the last component into out; its length, 0 when
 // there is none.
 int str_get_ext(char* out, const char* path, int size);
-// Absolute directory of path, "." and ".." resolved, no trailing separator.
+// Absolute directory of path (relative paths start at the working directory),
+// "." and ".." resolved, "/" separators, no trailing separator except for a
+// root ("/", "C:/"). dest is left as it is for a null path; nullptr when the
+// working directory is unknown.
 char* str_abs_dir(char* dest, const char* path, int size);
 char* str_getcwd(char* buffer, int size);
 char* str_etc_dir(char* buffer, int size);

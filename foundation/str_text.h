@@ -35,13 +35,15 @@ char* str_prepend(char* dest, const char* prefix, int size);
 // Grows a heap text (nullptr counts as empty) by src with realloc; returns the
 // new text, or the old one when src is null or memory runs out.
 char* str_append_heap(char* text, const char* src);
-// Heap copy holding at most n-1 characters of src (callers pass length + 1).
+// Heap copy holding at most n-1 characters of src (callers pass length + 1);
+// nullptr for a null src or a negative n.
 char* str_dup_n(const char* src, int n);
 // Copies src up to its first character in delims (at most size-1); returns the
 // length copied, 0 for a null src or dest.
 int str_copy_until(const char* src, const char* delims, char* dest, int size);
 // Replaces every occurrence of pattern by replacement (null counts as "") into
-// out. Returns out; nullptr for a null text or pattern.
+// out, cut at size-1 characters (out may be text itself; an empty pattern
+// matches nothing). Returns out; nullptr for a null text, pattern or out.
 char* str_replace_all(const char* text, const char* pattern, const char* replacement,
                       char* out, int size);
 
@@ -69,7 +71,10 @@ const char* str_skip_prefix(const char* text, const char* prefix);
 // Skips leading blanks and cuts trailing CR, LF and blanks in place; returns
 // the first kept character (inside text), or nullptr for null.
 char* str_trim(char* text);
-// Re-entrant tokeniser: starts at text, or at *cont when text is null.
+// Re-entrant tokeniser: starts at text, or at *cont when text is null; skips
+// runs of delims, terminates the token in place and stores where to go on
+// (nullptr at the end). Returns the token, nullptr when none is left or cont
+// is null.
 char* str_token(char* text, const char* delims, char** cont);
 char* str_lower(char* text);
 char* str_upper(char* text);
@@ -102,7 +107,8 @@ int str_is_false(const char* text);
 // ---- numbers, streams, system -------------------------------------------
 
 // Inserts "," between groups of three digits of the integer part of the
-// number in text, keeping at most max_len characters. Returns text.
+// number in text (after blanks and a sign), keeping at most max_len
+// characters: text's buffer holds max_len + 1 bytes. Returns text.
 char* str_group_thousands(char* text, int max_len);
 // A text on a stream as a native 32-bit length and that many bytes. Reading
 // gives a heap text (nullptr on failure); writing gives 1 / 0.
