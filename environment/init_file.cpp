@@ -1,0 +1,155 @@
+#include "environment/init_file.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <memory>
+
+#include "foundation/formatter.h"
+#include "foundation/handles.h"
+#include "foundation/logger.h"
+#include "foundation/results.h"
+#include "foundation/str_path.h"
+#include "foundation/str_text.h"
+
+namespace {
+
+std::string last_error;
+
+struct command_word {
+  const char* word;
+  int type;
+};
+
+// Searched in this order; compared with case.
+constexpr command_word kCommandWords[] = {
+    {"Exist", kInitExist},         {"Copy", kInitCopy},
+    {"HTTP_User", kInitHttpUser},  {"HTTP_Group", kInitHttpGroup},
+    {"HTTP_Root", kInitHttpRoot},  {"HTTP_Scripts", kInitHttpScripts},
+    {"TimeDate", kInitTimeDate},   {"WFile", kInitWFile},
+    {"RFile", kInitRFile},
+};
+
+constexpr const char* kBlanks = " \t";
+
+// Sets type from the command word; an unknown word leaves it as it was.
+void take_command_word(const char* word, init_command& pending) {
+  for (const command_word& entry : kCommandWords) {
+    if (str_cmp(word, entry.word) == 0) {
+      pending.type = entry.type;
+      return;
+    }
+  }
+  log_error("Unknown init command '%s'", word);
+}
+
+// A condition word: "-" leaves the field as it was (it may hold a text
+// carried over from an earlier short line).
+void take_condition(const char* word, std::optional<std::string>& field) {
+  if (str_cmp(word, "-") != 0) field = word;
+}
+
+// Parses one raw line into the pending record. Returns 1 when the line gave
+// all five words, 0 otherwise (skipped or short).
+int parse_line(char* raw, init_command& pending) {
+  char* cont = nullptr;
+  const char* word = str_token(str_trim(raw), kBlanks, &cont);
+  if (word == nullptr || word[0] == '#') return 0;
+  take_command_word(word, pending);
+
+  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 0;
+  pending.name = word;
+  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 0;
+  pending.value = word;
+  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 0;
+  take_condition(word, pending.cond_name);
+  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 0;
+  take_condition(word, pending.cond_value);
+  return 1;
+}
+
+void destroy_command_slot(void** slot) {
+  auto* command = static_cast<init_command*>(*slot);
+  init_command_free(&command);
+  *slot = nullptr;
+}
+
+}  // namespace
+
+init_list* init_list_create() {
+  auto* list = new init_list;
+  list->commands = list_create();
+  return list;
+}
+
+void init_list_free(init_list** list) {
+  if (list == nullptr || *list == nullptr) return;
+  list_free_with(&(*list)->commands, destroy_command_slot);
+  delete *list;
+  *list = nullptr;
+}
+
+void init_command_free(init_command** command) {
+  if (command == nullptr || *command == nullptr) return;
+  delete *command;
+  *command = nullptr;
+}
+
+int init_load(init_list* list, const char* path) {
+  if (list == nullptr || path == nullptr) return k_fail;
+  errno = 0;
+  unique_file file(file_open(path, "r"));
+  if (!file) {
+    char reason[kLineSize];
+    init_set_error("Failed to read '%s', %s", path, str_last_error(reason, kLineSize));
+    return k_fail;
+  }
+  std::unique_ptr<init_command> pending;
+  char line[kLineSize];
+  while (fgets(line, kLineSize, file.get()) != nullptr) {
+    if (pending == nullptr) pending = std::make_unique<init_command>();
+    if (parse_line(line, *pending) && list_append(list->commands, pending.get())) {
+      pending.release();
+    }
+  }
+  return k_ok;
+}
+
+init_command* init_first(init_list* list, int index) {
+  if (list == nullptr) return nullptr;
+  return static_cast<init_command*>(list_get(list->commands, index));
+}
+
+init_command* init_next(init_list* list) {
+  if (list == nullptr) return nullptr;
+  return static_cast<init_command*>(list_next(list->commands));
+}
+
+void init_seek(init_list* list, int index) {
+  if (list != nullptr) list_seek(list->commands, index);
+}
+
+void init_rewind(init_list* list) {
+  if (list != nullptr) list_rewind(list->commands);
+}
+
+void init_skip(init_list* list) {
+  if (list != nullptr) list_skip(list->commands);
+}
+
+void init_back(init_list* list) {
+  if (list == nullptr) return;
+  int cursor = list_cursor(list->commands);
+  if (cursor > 0) list_seek(list->commands, cursor - 1);
+}
+
+void init_set_error(const char* format, ...) {
+  char text[kLineSize] = "";
+  va_list args;
+  va_start(args, format);
+  int written = vsnprintf(text, kLineSize, format, args);
+  va_end(args);
+  if (written < 0 || written >= kLineSize) text[kLineMax] = '\0';
+  last_error = text;
+}
+
+const char* init_last_error() { return last_error.c_str(); }
