@@ -1,0 +1,224 @@
+// The store's life cycle, look-ups and reads. Adding values and creating
+// settings live in ini_store_write.cpp.
+#include "settings/ini_store.h"
+
+#include "fileops/wild_match.h"
+#include "foundation/logger.h"
+#include "foundation/str_text.h"
+#include "settings/ini_store_internal.h"
+
+namespace {
+
+bool usable(const ini_store* store) { return store != nullptr && store->set_up; }
+
+bool valid_index(const ini_store* store, int index) {
+  return usable(store) && index >= 0 && index < store->count;
+}
+
+void add_associations(ini_store* store, const int* assocs) {
+  for (const int* pair = assocs; pair[0] != -1; pair += 2) {
+    const int from = pair[0];
+    const int to = pair[1];
+    if (from >= 0 && from < store->count) {
+      store->values[from].associations.push_back(to);
+      log_debug("Ini association index %d->%d added", from, to);
+    } else {
+      log_error("Ini association index %d invalid.", from);
+    }
+  }
+}
+
+bool hidden(const ini_store* store, int index) {
+  return (store->options & INI_OPT_HIDE_FIXED) != 0 &&
+         (store->settings[index].flags & INI_FIXED) != 0;
+}
+
+// First value with association fall-back; on_path cuts association cycles.
+const char* first_value(ini_store* store, int index, std::vector<char>& on_path) {
+  if (index < 0 || index >= store->count || hidden(store, index)) return nullptr;
+  ini_value_record& record = store->values[index];
+  value_list_rewind(&record.values);
+  if (const char* value = value_list_current(&record.values)) return value;
+  if (on_path[index] != 0) return nullptr;
+  on_path[index] = 1;
+  const char* result = nullptr;
+  for (const int other : record.associations) result = first_value(store, other, on_path);
+  on_path[index] = 0;
+  return result;
+}
+
+}  // namespace
+
+// ---- life cycle -------------------------------------------------------------
+
+ini_store* ini_create() { return new ini_store(); }
+
+void ini_destroy(ini_store** store) {
+  if (store == nullptr) return;
+  delete *store;
+  *store = nullptr;
+}
+
+void ini_setup(ini_store* store, const ini_setting_def* defs, const int* assocs,
+               int load_defaults) {
+  if (store == nullptr || defs == nullptr) return;
+  if (store->set_up) {
+    log_error("Ini store already set up");
+    return;
+  }
+  store->set_up = true;
+  for (const ini_setting_def* row = defs; row->name != nullptr; ++row) {
+    const int index = ini_internal_append(store, row->name, row->flags);
+    if (load_defaults != 0 && row->value != nullptr) {
+      value_list_append(&store->values[index].values, row->value);
+    }
+    log_debug("Ini setting '%s' setup", row->name);
+  }
+  if (assocs != nullptr) add_associations(store, assocs);
+}
+
+void ini_set_options(ini_store* store, unsigned options) {
+  if (store != nullptr) store->options = options;
+}
+
+void ini_add_options(ini_store* store, unsigned bits) {
+  if (store != nullptr) store->options |= bits;
+}
+
+void ini_clear_options(ini_store* store, unsigned bits) {
+  if (store != nullptr) store->options &= ~bits;
+}
+
+unsigned ini_get_options(const ini_store* store) {
+  return store == nullptr ? 0 : store->options;
+}
+
+void ini_set_load_fn(ini_store* store, ini_load_fn fn, int flag) {
+  if (store == nullptr || fn == nullptr) return;
+  for (ini_load_fn_entry& entry : store->load_fns) {
+    if (entry.flag == flag) {
+      log_info("Load fn [%p] already set for flag [%d], replacing with new fn",
+               reinterpret_cast<void*>(entry.fn), flag);
+      entry.fn = fn;
+      return;
+    }
+  }
+  log_info("New load fn [%p] set for flag [%d]", reinterpret_cast<void*>(fn), flag);
+  store->load_fns.push_back({fn, flag});
+}
+
+// ---- look-ups -----------------------------------------------------------------
+
+int ini_index_of(const ini_store* store, const char* name) {
+  if (!usable(store) || name == nullptr) return -1;
+  const auto found = store->by_name.find(std::string_view(name));
+  return found == store->by_name.end() ? -1 : found->second;
+}
+
+int ini_index_of_nocase(const ini_store* store, const char* name) {
+  if (!usable(store) || name == nullptr) return -1;
+  const auto found = store->by_folded_name.find(ini_internal_fold(name));
+  return found == store->by_folded_name.end() ? -1 : found->second;
+}
+
+const char* ini_name_at(const ini_store* store, int index) {
+  return valid_index(store, index) ? store->settings[index].name.get() : nullptr;
+}
+
+unsigned ini_flags_at(const ini_store* store, int index) {
+  return valid_index(store, index) ? store->settings[index].flags : 0;
+}
+
+unsigned ini_flags_of(const ini_store* store, const char* name) {
+  return ini_flags_at(store, ini_index_of(store, name));
+}
+
+int ini_count(const ini_store* store) { return usable(store) ? store->count : 0; }
+
+// ---- reading ------------------------------------------------------------------
+
+const char* ini_get_value(ini_store* store, int index) {
+  if (!valid_index(store, index)) return nullptr;
+  std::vector<char> on_path(store->count, 0);
+  return first_value(store, index, on_path);
+}
+
+const char* ini_get_next_value(ini_store* store, int index) {
+  if (!valid_index(store, index) || hidden(store, index)) return nullptr;
+  return value_list_advance(&store->values[index].values);
+}
+
+const char* ini_get(ini_store* store, const char* name) {
+  return ini_get_value(store, ini_index_of(store, name));
+}
+
+const char* ini_get_next(ini_store* store, const char* name) {
+  return ini_get_next_value(store, ini_index_of(store, name));
+}
+
+int ini_is_true(ini_store* store, int index) {
+  const char* value = ini_get_value(store, index);
+  return value != nullptr && str_is_true(value) != 0 ? 1 : 0;
+}
+
+int ini_is_false(ini_store* store, int index) {
+  const char* value = ini_get_value(store, index);
+  return value != nullptr && str_is_false(value) != 0 ? 1 : 0;
+}
+
+// ---- names --------------------------------------------------------------------
+
+namespace {
+
+// The store's names that pattern accepts (every name for a null pattern).
+dyn_list* names_where(const ini_store* store, const char* pattern) {
+  dyn_list* names = list_create();
+  for (int i = 0; i < ini_count(store); ++i) {
+    char* name = store->settings[i].name.get();
+    if (pattern == nullptr || wild_match(name, pattern) != 0) list_append(names, name);
+  }
+  return names;
+}
+
+}  // namespace
+
+dyn_list* ini_names(const ini_store* store) {
+  return store == nullptr ? nullptr : names_where(store, nullptr);
+}
+
+dyn_list* ini_names_matching(const ini_store* store, const char* pattern) {
+  if (store == nullptr || pattern == nullptr) return nullptr;
+  return names_where(store, pattern);
+}
+
+value_list* ini_name_list(const ini_store* store) {
+  if (store == nullptr) return nullptr;
+  value_list* names = value_list_create();
+  for (int i = 0; i < ini_count(store); ++i) {
+    value_list_append(names, store->settings[i].name.get());
+  }
+  value_list_rewind(names);
+  return names;
+}
+
+// ---- taking values out --------------------------------------------------------
+
+char* ini_take_first(ini_store* store, int index) {
+  if (!valid_index(store, index)) return nullptr;
+  value_list* values = &store->values[index].values;
+  value_list_rewind(values);
+  return value_list_remove_current(values);
+}
+
+char* ini_take_current(ini_store* store, int index) {
+  if (!valid_index(store, index)) return nullptr;
+  return value_list_remove_current(&store->values[index].values);
+}
+
+char* ini_take_first_by_name(ini_store* store, const char* name) {
+  return ini_take_first(store, ini_index_of(store, name));
+}
+
+char* ini_take_current_by_name(ini_store* store, const char* name) {
+  return ini_take_current(store, ini_index_of(store, name));
+}
