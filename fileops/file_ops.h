@@ -106,6 +106,11 @@ char* file_base_name(const char* path, char* buffer, int size);
 // path cut at its last "/" or "\" (separator dropped); a path without one is
 // copied whole. Returns buffer; null when path or buffer is null or size < 1.
 char* file_dir_name(const char* path, char* buffer, int size);
+// dir joined with name (str_path_join: one separator between them) into
+// dest, which holds kPathSize bytes. 1, or 0 with dest empty when either is
+// null or the result would exceed 255 characters (logged, never cut short,
+// so a long name can never stand for a shorter path).
+int file_path_join(char* dest, const char* dir, const char* name);
 // Logs the formatted message (999 characters at most) at error level,
 // followed by ", " and the system's text when errno is set.
 void file_error(const char* format, ...) __attribute__((format(printf, 1, 2)));

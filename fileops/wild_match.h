@@ -9,8 +9,8 @@
 //   - a "?" right after a star is such an anchor and so matches only a
 //     literal "?" in the text ("a*?c" does not match "abxc").
 // Matching takes time proportional to text length times pattern length at
-// worst, never exponential, and allocates nothing for texts of up to 1,000
-// characters.
+// worst, never exponential, and allocates nothing for patterns of up to 16
+// runs of stars.
 #pragma once
 
 // 1 when text matches pattern, 0 otherwise (also when either is null). With
