@@ -4,8 +4,14 @@
 #include <cstdlib>
 #include <string>
 
+#include "driver/console.h"
+#include "driver/init_commands.h"
+#include "environment/init_file.h"
+#include "environment/runtime_settings.h"
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"
+#include "questions/question_walk.h"
+#include "settings/ini_store.h"
 
 namespace {
 
@@ -18,11 +24,37 @@ bool has_tag = false;
 // option ends the process.
 struct run_state {
   logger* log = nullptr;
+  ini_store* store = nullptr;
+  bool settings_loaded = false;
 };
 run_state state;
 
 void free_run_state() {
+  if (state.settings_loaded) runtime_settings_free();
+  state.settings_loaded = false;
+  ini_destroy(&state.store);
   log_free(&state.log);
+}
+
+// Swaps the extension of the path for another ("<cwd>/install.log" to
+// "<cwd>/install.dat").
+void change_extension(char (&path)[kPathSize], const char* extension) {
+  str_strip_ext(path);
+  str_append(path, extension, kPathSize);
+}
+
+// Loads the init file and runs its commands; false when it cannot be read.
+bool run_init_file(char (&path)[kPathSize]) {
+  init_list* commands = init_list_create();
+  change_extension(path, ".int");
+  bool loaded = init_load(commands, path) != 0;
+  if (loaded) {
+    run_init_commands(state.store, commands);
+  } else {
+    printf("Error: Failed to load init file '%s', %s\n", path, init_last_error());
+  }
+  init_list_free(&commands);
+  return loaded;
 }
 
 [[noreturn]] void end_process(int status) {
@@ -73,6 +105,7 @@ void parse_options(logger* log, char** argv, int argc) {
 
 int run_installer(int argc, char** argv) {
   state.log = log_create(static_cast<unsigned>(log_level::debug));
+  state.store = ini_create();
 
   char path[kPathSize];
   str_base_name(path, argc > 0 && argv != nullptr ? argv[0] : nullptr, kPathSize);
@@ -87,6 +120,11 @@ int run_installer(int argc, char** argv) {
   log_info("Log file opened in '%s'", path);
 
   parse_options(state.log, argv, argc);
+  question_set_unattended(automated);
+
+  change_extension(path, ".dat");
+  state.settings_loaded = runtime_settings_load(state.store, path) != 0;
+  if (state.settings_loaded && run_init_file(path)) run_menu(state.store);
 
   free_run_state();
   if (!automated) wait_for_enter();
