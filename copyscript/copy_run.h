@@ -1,0 +1,23 @@
+// Running a loaded copy script: each line's control decides whether it
+// applies, its operation is carried out through the file operations, and
+// what was done is counted. A failing line never undoes earlier lines.
+#pragma once
+
+#include "copyscript/copy_script.h"
+
+// Runs every line in file order. *files_out (may be null) receives the sum
+// of the positive line results and *bytes_out (may be null) the bytes the
+// copies wrote; both start at 0. Returns 1 when every line was processed
+// (failures included when stop_on_fail is 0), 0 when it stopped at a failing
+// line (everything done before stays) or the script is null.
+int copy_script_run(copy_script* script, int* files_out, unsigned* bytes_out, int stop_on_fail);
+
+// Runs one line. Returns the number of things done (files copied or
+// removed, entries changed, 1 for a single operation), 0 on failure or for
+// an index out of range, -1 when its control setting says no. Bytes copied
+// are added to *bytes_out when given.
+int copy_line_run(copy_script* script, int index, unsigned* bytes_out);
+
+// The text of the last failing "Error" line, "" when none failed yet. Stays
+// valid until the next failing "Error" line.
+const char* copy_last_error();

@@ -1,0 +1,112 @@
+// Copy scripts: the file work of an action, one operation per line, in
+// sections named after the actions. This module holds the records, the
+// loader and parser, the `$(name)` expansion of paths and the accessors;
+// copy_run.h runs a loaded script.
+//
+// File format: lines of at most 999 characters (longer ones are read in
+// pieces), trimmed; empty lines and lines starting with "#" are skipped; a
+// line starting with "[" names a section (a final "]" dropped, compared
+// ignoring case). Within the wanted section each line is an operation word
+// (any case) followed by fields split on runs of blanks and tabs:
+//   CopyFile, CopyDir, Chown, Chmod   source not destination [control [cmp]]
+//   RmFile, RmDir                     source not [control [cmp]]
+//   MkDir                             source [control [cmp]]
+//   Ini, Rename, Exist, WFile, RFile  source destination [control [cmp]]
+//   Error                             source error-text (rest of the line)
+// A "-" in `not` means no exclusion; "-" in the control fields stays as it is.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "fileops/file_ops.h"
+
+struct ini_store;
+
+// Operation codes. The copy and remove groups share a group bit.
+inline constexpr uint32_t k_copy_group = 0x100;
+inline constexpr uint32_t k_remove_group = 0x200;
+inline constexpr uint32_t k_copy_file = 0x101;
+inline constexpr uint32_t k_copy_dir = 0x102;
+inline constexpr uint32_t k_copy_mkdir = 0x104;
+inline constexpr uint32_t k_copy_rm_file = 0x201;
+inline constexpr uint32_t k_copy_rm_dir = 0x202;
+inline constexpr uint32_t k_copy_ini = 0x108;
+inline constexpr uint32_t k_copy_rename = 0x110;
+inline constexpr uint32_t k_copy_exist = 0x400;
+inline constexpr uint32_t k_copy_chown = 0x800;
+inline constexpr uint32_t k_copy_chmod = 0x801;
+inline constexpr uint32_t k_copy_error = 0x1000;
+inline constexpr uint32_t k_copy_wfile = 0x2000;
+inline constexpr uint32_t k_copy_rfile = 0x4000;
+
+// One operation line; absent fields are empty optionals.
+struct copy_line {
+  std::optional<std::string> source;       // path acted on, settings expanded
+  std::optional<std::string> destination;  // target; owner, mode or error text
+  std::optional<std::string> not_list;     // exclusion wildcards (`not`)
+  std::optional<std::string> control;      // controlling setting name
+  std::optional<std::string> control_cmp;  // comparison: setting name or literal
+  uint32_t type = 0;                       // operation code, 0 when unknown
+};
+
+struct copy_script {
+  std::vector<copy_line> lines;  // accepted lines, in file order
+  ini_store* store = nullptr;    // not owned; may be null
+};
+
+// A new empty script bound to store (may be null: then nothing is expanded
+// and a "-" `not` stays "-"). Release with copy_script_free.
+copy_script* copy_script_create(ini_store* store);
+// Frees the script and clears *script_ref; null-safe.
+void copy_script_free(copy_script** script_ref);
+
+// Hands the two step callbacks to the file operations (the script keeps
+// nothing). Nothing for a null script.
+void copy_script_set_callbacks(copy_script* script, file_step_callback progress,
+                               file_step_callback failure);
+
+// Appends the lines of `section` of the file at path. 1 when the section was
+// found (even empty), 0 when it was not or the file cannot be opened
+// ("Error opening '%s'" logged) or an argument is null. Bad lines are logged
+// and skipped; a missing section is left to the caller to report.
+int copy_script_load(copy_script* script, const char* path, const char* section);
+// Parses one trimmed line of a section (no comment, no header) and appends it
+// when its required fields are all there: 1 appended, 0 dropped or null.
+int copy_script_parse_line(copy_script* script, const char* text);
+
+// Each `$(name)` of text replaced by the setting's value; unknown names stay
+// as written and a "$(" without ")" is copied literally. A new malloc'd text
+// (free with str_free), or null when text holds no "$(" or an argument is
+// null. The result keeps at most 9,999 characters.
+char* copy_expand(copy_script* script, const char* text);
+
+// Accessors by line index; null or 0 for a null script or an index out of
+// range. Texts stay the script's until it is freed.
+int copy_count(const copy_script* script);
+uint32_t copy_type(const copy_script* script, int index);
+const char* copy_source(const copy_script* script, int index);
+const char* copy_destination(const copy_script* script, int index);
+const char* copy_not(const copy_script* script, int index);
+const char* copy_control(const copy_script* script, int index);
+const char* copy_control_cmp(const copy_script* script, int index);
+
+// Path splitters into buffer (at most size-1 characters); each returns
+// buffer, or null for a null argument, an index out of range or a line
+// without that path.
+// Directory part: up to and including the last "/" or "\"; the current
+// working directory when there is none.
+char* copy_source_dir(const copy_script* script, int index, char* buffer, int size);
+char* copy_destination_dir(const copy_script* script, int index, char* buffer, int size);
+// Source pattern: after the last separator; "*" when the path ends with one;
+// the whole path when it has none.
+char* copy_source_pattern(const copy_script* script, int index, char* buffer, int size);
+// Destination pattern: after the last separator; null when the path ends
+// with one or has none (so no destination directory can be found).
+char* copy_destination_pattern(const copy_script* script, int index, char* buffer, int size);
+
+// Logs the formatted message (999 characters at most) at error level, with
+// ", " and the system's reason appended when errno is set.
+void copy_error(const char* format, ...) __attribute__((format(printf, 1, 2)));
