@@ -13,13 +13,13 @@
 
 namespace {
 
-constexpr int kSpecSize = 30;      // flag characters kept of one specification
+constexpr int kFlagsMax = 30;      // flag characters kept of one conversion
 constexpr int kFieldMax = 100000;  // widest width or precision rendered
 constexpr const char* kNullText = "(NULL)";
 
-// A conversion specification as collected from the format.
+// One conversion as collected from the format.
 struct conversion {
-  std::string spec = "%";  // flags, width and precision with "*" resolved
+  std::string directive = "%";  // flags, width and precision with "*" resolved
   int width = 0;
   int precision = -1;      // -1: none given
   char length = 0;         // 0, 'h', 'H' (hh), 'l', 'q' (ll), 'L', 'j', 'z', 't'
@@ -50,10 +50,10 @@ int add_digit(int field, char digit) {
 
 // Reads flags, width and precision ("*" takes the next integer argument, a
 // negative width meaning "-", a negative precision none) and any length
-// modifier; returns the position of the conversion letter. The specification
+// modifier; returns the position of the conversion letter. The directive
 // handed to sprintf is rebuilt from what was read, so its numbers are the
 // bounded ones the temporary block was sized for.
-const char* collect_spec(const char* p, conversion& conv, va_list* args) {
+const char* collect_directive(const char* p, conversion& conv, va_list* args) {
   std::string flags;
   bool after_dot = false;
   for (; *p != '\0' && is_spec_char(*p); ++p) {
@@ -76,7 +76,7 @@ const char* collect_spec(const char* p, conversion& conv, va_list* args) {
       conv.width = add_digit(conv.width, c);
     } else if (c == '0' && conv.width > 0) {
       conv.width = add_digit(conv.width, c);
-    } else if (static_cast<int>(flags.size()) < kSpecSize) {
+    } else if (static_cast<int>(flags.size()) < kFlagsMax) {
       flags += c;
     }
   }
@@ -87,15 +87,15 @@ const char* collect_spec(const char* p, conversion& conv, va_list* args) {
     if (m == 'l' && conv.length == 'l') m = 'q';
     conv.length = m;
   }
-  conv.spec = "%" + flags;
-  if (conv.width > 0) conv.spec += decimal(conv.width);
-  if (conv.precision >= 0) conv.spec += "." + decimal(conv.precision);
+  conv.directive = "%" + flags;
+  if (conv.width > 0) conv.directive += decimal(conv.width);
+  if (conv.precision >= 0) conv.directive += "." + decimal(conv.precision);
   conv.letter = *p;
   return p;
 }
 
 std::string render_integer(const conversion& conv, va_list* args) {
-  std::string spec = conv.spec;
+  std::string directive = conv.directive;
   std::string modifier;
   long long value = 0;
   bool is_unsigned = std::strchr("ouxX", conv.letter) != nullptr;
@@ -117,32 +117,32 @@ std::string render_integer(const conversion& conv, va_list* args) {
   }
   char letter = conv.letter == 'C' ? 'c' : conv.letter;
   bool wide = conv.length != 0 && conv.length != 'h' && conv.length != 'H' && letter != 'c';
-  spec += wide ? "ll" : "";
-  spec += letter;
+  directive += wide ? "ll" : "";
+  directive += letter;
   std::string block(static_cast<size_t>(std::max({conv.width, conv.precision, 24})) + 2, '\0');
-  int written = wide ? sprintf(block.data(), spec.c_str(), value)
-                     : sprintf(block.data(), spec.c_str(), static_cast<int>(value));
+  int written = wide ? sprintf(block.data(), directive.c_str(), value)
+                     : sprintf(block.data(), directive.c_str(), static_cast<int>(value));
   block.resize(written < 0 ? 0 : static_cast<size_t>(written));
   return block;
 }
 
 std::string render_double(const conversion& conv, va_list* args) {
-  std::string spec = conv.spec;
+  std::string directive = conv.directive;
   size_t room = static_cast<size_t>(std::max(conv.width, 0) + std::max(conv.precision, 0)) + 330;
   if (conv.length == 'L') {
     long double value = va_arg(*args, long double);
-    spec += 'L';
-    spec += conv.letter;
+    directive += 'L';
+    directive += conv.letter;
     room += 4640;  // the widest long double written out in full
     std::string block(room, '\0');
-    int written = sprintf(block.data(), spec.c_str(), value);
+    int written = sprintf(block.data(), directive.c_str(), value);
     block.resize(written < 0 ? 0 : static_cast<size_t>(written));
     return block;
   }
   double value = va_arg(*args, double);
-  spec += conv.letter;
+  directive += conv.letter;
   std::string block(room, '\0');
-  int written = sprintf(block.data(), spec.c_str(), value);
+  int written = sprintf(block.data(), directive.c_str(), value);
   block.resize(written < 0 ? 0 : static_cast<size_t>(written));
   return block;
 }
@@ -153,7 +153,7 @@ std::string render_text(const conversion& conv, va_list* args) {
   size_t length = conv.precision >= 0 ? strnlen(text, static_cast<size_t>(conv.precision))
                                       : std::strlen(text);
   std::string block(std::max(length, static_cast<size_t>(conv.width)) + 1, '\0');
-  int written = sprintf(block.data(), (conv.spec + 's').c_str(), text);
+  int written = sprintf(block.data(), (conv.directive + 's').c_str(), text);
   block.resize(written < 0 ? 0 : static_cast<size_t>(written));
   return block;
 }
@@ -161,7 +161,7 @@ std::string render_text(const conversion& conv, va_list* args) {
 std::string render_pointer(const conversion& conv, va_list* args) {
   void* pointer = va_arg(*args, void*);
   std::string block(static_cast<size_t>(std::max(conv.width, 0)) + 32, '\0');
-  int written = sprintf(block.data(), (conv.spec + 'p').c_str(), pointer);
+  int written = sprintf(block.data(), (conv.directive + 'p').c_str(), pointer);
   block.resize(written < 0 ? 0 : static_cast<size_t>(written));
   return block;
 }
@@ -197,7 +197,7 @@ extern "C" int vsnprintf(char* __restrict buffer, size_t size, const char* __res
       p += 2;
     } else {
       conversion conv;
-      p = collect_spec(p + 1, conv, &ap);
+      p = collect_directive(p + 1, conv, &ap);
       if (*p == '\0') break;  // a lone "%" at the end prints nothing
       ++p;
       std::string text = render(conv, &ap, length);
