@@ -208,5 +208,6 @@ walk_outcome question_walk(const question_set* set, ini_store* store, int expand
     }
     if (walk.unattended || !wants_changes()) return walk_outcome::success;
     walk.index = 0;
+    walk.loops_taken.clear();
   }
 }

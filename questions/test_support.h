@@ -1,0 +1,101 @@
+// Shared pieces of the question tests: a scratch directory with a log, a
+// settings store, a question set loaded from lines, and a console whose input
+// is a script and whose output is kept.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "foundation/logger.h"
+#include "questions/question_console.h"
+#include "questions/question_file.h"
+#include "settings/ini_store.h"
+
+class scratch_test : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/questions_test_XXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    dir_ = pattern;
+    log_ = log_create(3);
+    ASSERT_EQ(log_open(log_, path("test.log").c_str()), 1);
+    log_set_current(log_);
+  }
+
+  void TearDown() override {
+    question_set_free(&set_);
+    close_console();
+    ini_destroy(&store_);
+    log_free(&log_);
+    std::error_code ignored;
+    std::filesystem::remove_all(dir_, ignored);
+  }
+
+  std::string path(const std::string& name) const { return dir_ + "/" + name; }
+
+  std::string write_file(const std::string& name, const std::string& text) const {
+    std::ofstream(path(name)) << text;
+    return path(name);
+  }
+
+  bool logged(const std::string& message) {
+    log_flush(log_);
+    std::stringstream text;
+    text << std::ifstream(path("test.log")).rdbuf();
+    return text.str().find(": " + message + "\n") != std::string::npos;
+  }
+
+  void make_store(const ini_setting_def* defs) {
+    store_ = ini_create();
+    ini_setup(store_, defs, nullptr, 1);
+  }
+
+  // A fresh set holding lines as the section of a question file.
+  question_set* load_set(const std::string& lines) {
+    question_set_free(&set_);
+    set_ = question_set_create(store_);
+    EXPECT_EQ(question_load(set_, write_file("test.q", "[s]\n" + lines).c_str(), "s"), 1);
+    return set_;
+  }
+
+  // The operator types script; what is printed is kept for printed().
+  void console(const std::string& script) {
+    close_console();
+    in_ = tmpfile();
+    fputs(script.c_str(), in_);
+    rewind(in_);
+    out_ = open_memstream(&out_text_, &out_size_);
+    question_set_streams(in_, out_);
+  }
+
+  std::string printed() {
+    fflush(out_);
+    return std::string(out_text_, out_size_);
+  }
+
+  std::string dir_;
+  logger* log_ = nullptr;
+  ini_store* store_ = nullptr;
+  question_set* set_ = nullptr;
+
+ private:
+  void close_console() {
+    question_set_streams(nullptr, nullptr);
+    if (in_ != nullptr) fclose(in_);
+    if (out_ != nullptr) fclose(out_);
+    free(out_text_);
+    in_ = out_ = nullptr;
+    out_text_ = nullptr;
+  }
+
+  FILE* in_ = nullptr;
+  FILE* out_ = nullptr;
+  char* out_text_ = nullptr;
+  size_t out_size_ = 0;
+};
