@@ -47,9 +47,12 @@ constexpr missing_suffix kMissingSuffixes[] = {
 
 constexpr const char* kBlanks = " \t";
 
+std::vector<std::string> fixed_candidates() {
+  return {std::begin(kFixedCandidates), std::end(kFixedCandidates)};
+}
+
 std::array<cached_value, kValueCount> cache;
-std::vector<std::string> injected_candidates;
-bool use_injected = false;
+std::vector<std::string> candidates = fixed_candidates();
 
 bool requested_found(const value_buffers& outs) {
   for (int i = 0; i < kValueCount; ++i) {
@@ -86,9 +89,7 @@ std::string unquote(const std::string& token) {
 
 // Opens the first candidate that opens, logging each probe.
 FILE* open_first_candidate() {
-  std::vector<std::string> fixed(std::begin(kFixedCandidates), std::end(kFixedCandidates));
-  const std::vector<std::string>& paths = use_injected ? injected_candidates : fixed;
-  for (const std::string& path : paths) {
+  for (const std::string& path : candidates) {
     log_debug("Is Httpd conf?[%s]", path.c_str());
     FILE* stream = file_open(path.c_str(), "r");
     if (stream != nullptr) {
@@ -175,8 +176,7 @@ int httpd_conf_lookup(char* user_out, char* group_out, char* docroot_out,
 }
 
 void httpd_conf_set_candidates(const std::vector<std::string>* paths) {
-  use_injected = paths != nullptr;
-  injected_candidates = use_injected ? *paths : std::vector<std::string>();
+  candidates = paths != nullptr ? *paths : fixed_candidates();
 }
 
 void httpd_conf_reset_cache() { cache = {}; }
