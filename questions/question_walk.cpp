@@ -87,7 +87,7 @@ void take_exist(const walk_state& walk) {
 
 step take_error(const walk_state& walk) {
   if (!reads_false(walk.store, question_label(walk.set, walk.index))) return step::next;
-  const char* text = question_text(walk.set, walk.index);
+  const char* text = str_or_empty(question_text(walk.set, walk.index));
   const std::string message = walk.expand_error_text ? expanded(walk.store, text) : text;
   print_error(message.c_str(), "\n");
   return step::failure;
@@ -95,7 +95,7 @@ step take_error(const walk_state& walk) {
 
 step take_loop(walk_state& walk) {
   if (!reads_false(walk.store, question_label(walk.set, walk.index))) return step::next;
-  const char* text = question_text(walk.set, walk.index);
+  const char* text = str_or_empty(question_text(walk.set, walk.index));
   unsigned target = 0;
   const char* end = text + strlen(text);
   const auto [stop, error] = std::from_chars(text, end, target);
