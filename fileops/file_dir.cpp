@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <new>
 
 #include "fileops/file_ops.h"
 #include "fileops/wild_match.h"

@@ -45,9 +45,9 @@ int file_is_dir(const char* path);
 
 // Copies source to destination in 8,192-byte chunks, adding each chunk
 // written to *bytes when bytes is given. 1 copied; -1 destination exists and
-// overwrite is 0 (nothing done, nothing reported); 0 failed. When the source
-// cannot be read, an empty destination is left behind. The new file takes
-// its mode from the creation mask.
+// overwrite is 0 (nothing done, nothing reported); 0 failed, also when both
+// name the same file. When the source cannot be read, an empty destination
+// is left behind. The new file takes its mode from the creation mask.
 int file_copy(const char* source, const char* destination, int overwrite, unsigned* bytes);
 // file_copy, then removes the source after any non-zero result (so with
 // overwrite 0 onto an existing destination the source is just deleted).
@@ -65,7 +65,8 @@ int file_rename(const char* source, const char* destination);
 // "*"; top level only) and match no pattern of exclude (a list, at every
 // level) into destination_dir, made with its parents when missing. Files
 // are always overwritten. With recursive, sub-directories are copied whole;
-// without, only made empty. Returns the number of steps done (files copied,
+// without, only made empty; the destination itself is never walked when it
+// lies inside the source. Returns the number of steps done (files copied,
 // directories made); failures do not stop the walk.
 int file_copy_dir(const char* source_dir, const char* pattern, const char* exclude,
                   const char* destination_dir, int recursive, unsigned* bytes);

@@ -1,11 +1,11 @@
-// Test helpers: a scratch directory under /tmp removed afterwards, small file
-// readers and writers, and a log captured into the scratch directory.
+// Test helpers: a scratch directory under /tmp (removed afterwards) with a
+// debug log inside it, step callbacks that record what they are told, and
+// small file readers and writers.
 #pragma once
 
 #include <ftw.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <fstream>
 #include <sstream>
@@ -16,9 +16,8 @@
 #include "foundation/logger.h"
 
 inline std::string read_text(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
   std::ostringstream text;
-  text << in.rdbuf();
+  text << std::ifstream(path, std::ios::binary).rdbuf();
   return text.str();
 }
 
@@ -26,17 +25,16 @@ inline void write_text(const std::string& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
 
-// Each test gets a fresh directory, a log at debug level inside it, and step
-// callbacks that record "done|failed <source> <destination or -> <is_file>".
 class scratch_test : public ::testing::Test {
  protected:
   void SetUp() override {
     char tmpl[] = "/tmp/fileops_test.XXXXXX";
     ASSERT_NE(mkdtemp(tmpl), nullptr);
     dir_ = tmpl;
+    root() = dir_ + "/";
     log_ = log_create(3);
     log_set_current(log_);
-    ASSERT_EQ(log_open(log_, (dir_ + "/test.log").c_str()), 1);
+    ASSERT_EQ(log_open(log_, path("test.log").c_str()), 1);
     log_flush_every(log_, 1);
     steps().clear();
     file_set_callbacks(record_done, record_failed);
@@ -48,9 +46,10 @@ class scratch_test : public ::testing::Test {
     nftw(dir_.c_str(), remove_one, 16, FTW_DEPTH | FTW_PHYS);
   }
   std::string path(const std::string& name) const { return dir_ + "/" + name; }
-  std::string log_text() const { return read_text(dir_ + "/test.log"); }
+  std::string log_text() const { return read_text(path("test.log")); }
 
-  // Steps recorded, with the scratch directory's path cut off.
+  // "done|failed <source> <destination or -> <is_file>", paths relative to
+  // the scratch directory.
   static std::vector<std::string>& steps() {
     static std::vector<std::string> recorded;
     return recorded;
@@ -60,12 +59,15 @@ class scratch_test : public ::testing::Test {
   logger* log_ = nullptr;
 
  private:
+  static std::string& root() {
+    static std::string scratch_root;
+    return scratch_root;
+  }
+  static std::string relative(const char* path) {
+    std::string text = path != nullptr ? path : "-";
+    return text.rfind(root(), 0) == 0 ? text.substr(root().size()) : text;
+  }
   static void record(const char* kind, const char* source, const char* destination, int is_file) {
-    auto relative = [](const char* p) {
-      std::string text = p != nullptr ? p : "-";
-      size_t cut = text.find("/fileops_test.");
-      return cut == std::string::npos ? text : text.substr(text.find('/', cut + 1) + 1);
-    };
     steps().push_back(std::string(kind) + " " + relative(source) + " " + relative(destination) +
                       " " + std::to_string(is_file));
   }
