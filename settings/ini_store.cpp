@@ -33,17 +33,21 @@ bool hidden(const ini_store* store, int index) {
          (store->settings[index].flags & INI_FIXED) != 0;
 }
 
-// First value with association fall-back; on_path cuts association cycles.
-const char* first_value(ini_store* store, int index, std::vector<char>& on_path) {
+// First value with association fall-back. path holds the settings whose
+// associations are being walked, so a cycle of associations ends.
+const char* first_value(ini_store* store, int index, std::vector<int>& path) {
   if (index < 0 || index >= store->count || hidden(store, index)) return nullptr;
   ini_value_record& record = store->values[index];
   value_list_rewind(&record.values);
   if (const char* value = value_list_current(&record.values)) return value;
-  if (on_path[index] != 0) return nullptr;
-  on_path[index] = 1;
+  if (record.associations.empty()) return nullptr;
+  for (const int on_path : path) {
+    if (on_path == index) return nullptr;
+  }
+  path.push_back(index);
   const char* result = nullptr;
-  for (const int other : record.associations) result = first_value(store, other, on_path);
-  on_path[index] = 0;
+  for (const int other : record.associations) result = first_value(store, other, path);
+  path.pop_back();
   return result;
 }
 
@@ -139,8 +143,8 @@ int ini_count(const ini_store* store) { return usable(store) ? store->count : 0;
 
 const char* ini_get_value(ini_store* store, int index) {
   if (!valid_index(store, index)) return nullptr;
-  std::vector<char> on_path(store->count, 0);
-  return first_value(store, index, on_path);
+  std::vector<int> path;  // allocates only when associations are walked
+  return first_value(store, index, path);
 }
 
 const char* ini_get_next_value(ini_store* store, int index) {
