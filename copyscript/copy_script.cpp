@@ -29,12 +29,12 @@ struct operation_word {
 
 // Searched in this order; the word is matched ignoring case.
 constexpr operation_word k_operation_words[] = {
-    {"CopyFile", k_copy_file, k_fields_copy},    {"CopyDir", k_copy_dir, k_fields_copy},
-    {"MkDir", k_copy_mkdir, k_field_source},     {"RmFile", k_copy_rm_file, k_fields_remove},
-    {"RmDir", k_copy_rm_dir, k_fields_remove},   {"Ini", k_copy_ini, k_fields_pair},
-    {"Rename", k_copy_rename, k_fields_pair},    {"Exist", k_copy_exist, k_fields_pair},
-    {"Chown", k_copy_chown, k_fields_copy},      {"Chmod", k_copy_chmod, k_fields_copy},
-    {"Error", k_copy_error, k_field_source},     {"WFile", k_copy_wfile, k_fields_pair},
+    {"CopyFile", k_copy_file, k_fields_copy},  {"CopyDir", k_copy_dir, k_fields_copy},
+    {"MkDir", k_copy_mkdir, k_field_source},   {"RmFile", k_copy_rm_file, k_fields_remove},
+    {"RmDir", k_copy_rm_dir, k_fields_remove}, {"Ini", k_copy_ini, k_fields_pair},
+    {"Rename", k_copy_rename, k_fields_pair},  {"Exist", k_copy_exist, k_fields_pair},
+    {"Chown", k_copy_chown, k_fields_copy},    {"Chmod", k_copy_chmod, k_fields_copy},
+    {"Error", k_copy_error, k_field_source},   {"WFile", k_copy_wfile, k_fields_pair},
     {"RFile", k_copy_rfile, k_fields_pair},
 };
 
@@ -208,8 +208,10 @@ int copy_script_parse_line(copy_script* script, const char* text) {
   if (word.empty()) return 0;
   const operation_word* op = find_operation(word);
   copy_line line;
-  if (op == nullptr) log_error("Unknown copy type '%s'", std::string(word).c_str());
-  else line.type = op->code;
+  if (op == nullptr)
+    log_error("Unknown copy type '%s'", std::string(word).c_str());
+  else
+    line.type = op->code;
   log_debug("Copy line 'type' is [%d]", static_cast<int>(line.type));
   if (op != nullptr && !read_required(rest, op->fields, line)) return 0;
   if (line.type == k_copy_error) {
@@ -268,9 +270,7 @@ uint32_t copy_type(const copy_script* script, int index) {
   return line != nullptr ? line->type : 0;
 }
 
-const char* copy_source(const copy_script* script, int index) {
-  return source_path(script, index);
-}
+const char* copy_source(const copy_script* script, int index) { return source_path(script, index); }
 
 const char* copy_destination(const copy_script* script, int index) {
   return destination_path(script, index);

@@ -1,6 +1,6 @@
 // Test support for copy scripts: a scratch directory under /tmp (removed
-// afterwards), a debug log inside it made current, a settings store made for
-// the test, and small helpers to build trees and read back files and logs.
+// afterwards) holding a current debug log, a settings store made for the
+// test, and helpers to build trees and read back files and log lines.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -37,7 +37,6 @@ class copy_test : public ::testing::Test {
     store_ = ini_create();
     ini_setup(store_, defs, nullptr, 1);
   }
-
   void TearDown() override {
     ini_destroy(&store_);
     log_set_current(nullptr);
@@ -46,61 +45,41 @@ class copy_test : public ::testing::Test {
     std::filesystem::remove_all(dir_, ignored);
   }
 
-  std::string path(std::string_view name) const { return dir_ + "/" + std::string(name); }
-
-  // Writes a file below the scratch directory, making its parents.
-  void write_file(std::string_view name, std::string_view text) const {
-    std::filesystem::path file(path(name));
-    std::error_code ignored;
-    std::filesystem::create_directories(file.parent_path(), ignored);
-    std::ofstream(file, std::ios::binary) << text;
-  }
-
-  void make_dir(std::string_view name) const {
-    std::error_code ignored;
-    std::filesystem::create_directories(path(name), ignored);
-  }
-
-  std::string read_file(std::string_view name) const {
-    std::ifstream in(path(name), std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-  }
-
-  bool exists(std::string_view name) const {
-    struct stat status {};
-    return lstat(path(name).c_str(), &status) == 0;
-  }
-
-  bool logged(std::string_view text) const {
-    return read_file("test.log").find(text) != std::string::npos;
-  }
-
-  // Number of log lines holding text.
-  int logged_count(std::string_view text) const {
-    std::string log = read_file("test.log");
-    int count = 0;
-    for (size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1)) {
-      ++count;
-    }
-    return count;
-  }
-
-  // Replaces every "@" in text by the scratch directory, for script lines.
+  // Every "@" in text stands for the scratch directory.
   std::string here(std::string_view text) const {
     std::string out;
-    for (char c : text) {
-      if (c == '@') out += dir_;
-      else out += c;
-    }
+    for (char c : text) out += c == '@' ? dir_ : std::string(1, c);
     return out;
   }
-
-  // Writes a script file holding text (with "@" for the scratch directory)
-  // and loads section from it into a fresh script bound to the test's store.
+  std::string path(std::string_view name) const { return dir_ + "/" + std::string(name); }
+  // Makes a file (text given) or, for a name ending in "/", a directory.
+  void make(std::string_view name, std::string_view text = "") const {
+    std::filesystem::path file(path(name));
+    std::error_code ignored;
+    std::filesystem::create_directories(name.ends_with('/') ? file : file.parent_path(), ignored);
+    if (!name.ends_with('/')) std::ofstream(file, std::ios::binary) << text;
+  }
+  std::string read(std::string_view name) const {
+    std::stringstream text;
+    text << std::ifstream(path(name), std::ios::binary).rdbuf();
+    return text.str();
+  }
+  struct stat status(std::string_view name) const {
+    struct stat st {};
+    lstat(path(name).c_str(), &st);
+    return st;
+  }
+  bool exists(std::string_view name) const { return status(name).st_nlink != 0; }
+  // How often text occurs in the log.
+  int logged(std::string_view text) const {
+    std::string log = read("test.log");
+    int count = 0;
+    for (size_t at = 0; (at = log.find(text, at)) != std::string::npos; ++at) ++count;
+    return count;
+  }
+  // Loads section "install" of a script file holding text ("@" expanded).
   unique_script load(std::string_view text, const char* section = "install") {
-    write_file("test.cpy", here(text));
+    make("test.cpy", here(text));
     unique_script script(copy_script_create(store_));
     EXPECT_EQ(copy_script_load(script.get(), path("test.cpy").c_str(), section), 1);
     return script;

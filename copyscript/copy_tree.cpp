@@ -58,8 +58,7 @@ struct copy_source_parts {
 };
 
 // Copies the source's matching entries into one destination directory.
-int copy_into(const copy_source_parts& source, const std::string& destination,
-              unsigned* bytes) {
+int copy_into(const copy_source_parts& source, const std::string& destination, unsigned* bytes) {
   int count = 0;
   bool found = walk_listing(source.dir, source.pattern, [&](const file_entry& entry) {
     const char* name = file_entry_name(&entry);
@@ -93,8 +92,7 @@ struct tree_change {
 };
 
 int apply_change(const tree_change& change, const char* path) {
-  return change.owner ? file_chown(path, change.uid, change.gid)
-                      : file_chmod(path, change.mode);
+  return change.owner ? file_chown(path, change.uid, change.gid) : file_chmod(path, change.mode);
 }
 
 int change_tree(const tree_change& change, const char* dir, const char* pattern,
@@ -142,7 +140,8 @@ int copy_tree_copy(const copy_script* script, int index, int whole_trees, unsign
   source.not_list = copy_not(script, index);
   source.whole_trees = whole_trees != 0;
   int count = 0;
-  for (const std::string& destination : destinations) count += copy_into(source, destination, bytes);
+  for (const std::string& destination : destinations)
+    count += copy_into(source, destination, bytes);
   return count;
 }
 
@@ -168,8 +167,7 @@ int copy_tree_remove(const copy_script* script, int index, int with_dirs) {
   return count;
 }
 
-int copy_tree_chown(const char* dir, const char* pattern, const char* not_list, int uid,
-                    int gid) {
+int copy_tree_chown(const char* dir, const char* pattern, const char* not_list, int uid, int gid) {
   tree_change change{"chown", "chown'ing", "chown'ing", true, uid, gid, 0};
   return change_tree(change, dir, pattern, not_list);
 }

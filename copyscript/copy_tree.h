@@ -22,6 +22,5 @@ int copy_tree_remove(const copy_script* script, int index, int with_dirs);
 // below directories, of every entry, skipping those whose full path matches
 // not_list (may be null). Stops a directory's loop at the first failure.
 // Returns the entries changed.
-int copy_tree_chown(const char* dir, const char* pattern, const char* not_list, int uid,
-                    int gid);
+int copy_tree_chown(const char* dir, const char* pattern, const char* not_list, int uid, int gid);
 int copy_tree_chmod(const char* dir, const char* pattern, const char* not_list, int mode);
