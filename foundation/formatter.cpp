@@ -89,7 +89,10 @@ const char* collect_directive(const char* p, conversion& conv, va_list* args) {
   }
   conv.directive = "%" + flags;
   if (conv.width > 0) conv.directive += decimal(conv.width);
-  if (conv.precision >= 0) conv.directive += "." + decimal(conv.precision);
+  if (conv.precision >= 0) {
+    conv.directive += '.';
+    conv.directive += decimal(conv.precision);
+  }
   conv.letter = *p;
   return p;
 }
