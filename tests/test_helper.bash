@@ -17,3 +17,65 @@ remove_product_dir() {
 log_line_pattern() {
   printf '^[A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9][0-9] [0-9]{2}:[0-9]{2}:[0-9]{2}  \\[[0-9]+\\] %s$' "$1"
 }
+
+# ---- whole dialogues ---------------------------------------------------------
+
+# talk INPUT [ARGS...]: runs ./install ARGS with INPUT on standard input.
+# Standard output goes to $STDOUT_FILE (also in $output, trailing line ends
+# cut), standard error to $STDERR_FILE; the exit status is in $status.
+talk() {
+  local input=$1
+  shift
+  STDOUT_FILE="$BATS_TEST_TMPDIR/stdout"
+  STDERR_FILE="$BATS_TEST_TMPDIR/stderr"
+  WANT_FILE="$BATS_TEST_TMPDIR/want"
+  : > "$WANT_FILE"
+  status=0
+  printf '%s' "$input" | timeout 60 ./install "$@" > "$STDOUT_FILE" 2> "$STDERR_FILE" || status=$?
+  output=$(cat "$STDOUT_FILE")
+}
+
+# want TEXT...: appends the texts, as they are, to the expected output.
+want() { printf '%s' "$@" >> "$WANT_FILE"; }
+
+want_banner() {
+  local rule
+  printf -v rule '%54s' ''
+  rule=${rule// /=}
+  want "$rule"$'\n' "             Welcome to the $1 installer"$'\n' \
+    $' You will be asked a series of questions, for each a\n' \
+    $' default answer will be provided (thus), to accept the\n' \
+    $' default simply press <enter>, otherwise enter a new\n' \
+    $' answer and press <enter>\n' "$rule"$'\n'
+}
+
+want_menu() { want $'\n' "1. Install $1"$'\n' "2. Upgrade $1"$'\n' "3. Remove $1"$'\n' "4. Exit"; }
+
+want_choice_prompt() { want $'\nWhat would you like to do['"$1"']? '; }
+
+want_press_enter() { want $'\n<Press enter to exit>'; }
+
+# The run ended with status 0, nothing on standard error (sanitizer
+# reports land there), and standard output exactly as wanted.
+check_dialogue() {
+  [ "$status" -eq 0 ] || { echo "status $status"; cat "$STDERR_FILE"; return 1; }
+  [ ! -s "$STDERR_FILE" ] || { cat "$STDERR_FILE"; return 1; }
+  diff -u "$WANT_FILE" "$STDOUT_FILE"
+}
+
+# A product called Widget with an init file that does nothing; tests add
+# lines to install.dat and write the other files they need.
+widget_product() {
+  printf 'product Widget\n' > install.dat
+  printf '# no start-up commands\n' > install.int
+}
+
+# log_has LEVEL MESSAGE: the log holds a stamped line that reads exactly
+# "LEVEL: MESSAGE" after its stamp.
+log_has() {
+  sed 's/^[^[]*\[[0-9]*\] //' install.log | grep -qxF -- "$1: $2" ||
+    { echo "no log line '$1: $2'"; return 1; }
+}
+
+# owner_mode PATH: "user:group mode" of PATH.
+owner_mode() { stat -c '%U:%G %a' "$1"; }
