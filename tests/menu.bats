@@ -45,10 +45,12 @@ remove_doomed_product() {
   [ ! -e ran.txt ]
 }
 
-@test "an unrecognised choice, or 5 without a tag, brings the menu back" {
+@test "an unrecognised choice, or 5 without a tag, brings the menu back once" {
   printf '[special]\n' > install.q
   printf '[special]\nWFile $(current_dir)/ran.txt yes\n' > install.cpy
-  for choice in abc 0 7 -1 5 '#1'; do
+  local long_line
+  printf -v long_line '%1500s' 1
+  for choice in abc 0 7 -1 5 '#1' "${long_line// /x}"; do
     talk "$choice"$'\n4\n\n'
     want_banner Widget
     want_menu Widget
