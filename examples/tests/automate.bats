@@ -56,6 +56,35 @@ confined() {
     [ -z "$outside" ]
 }
 
+# with_web_server ARGS...: like confined, with a web server configuration at
+# the last of the places the installer looks, whose directories lie in the
+# product folder.
+with_web_server() {
+    mkdir -p "$product/www/html" "$product/www/cgi-bin"
+    sed -i "s|^data_dir .*|data_dir $product/www/notes|" "$product/install.dat"
+    # shellcheck disable=SC2016 # expanded by the inner shell
+    unshare -m sh -c 'dir=$1 && shift && mount --make-rprivate / && mount -t tmpfs tmpfs /opt &&
+        mkdir -p /opt/apache/conf && printf "%s\n" "User root" "Group root" \
+            "DocumentRoot \"$dir/www/html\"" "ScriptAlias /cgi-bin/ \"$dir/www/cgi-bin/\"" \
+            >/opt/apache/conf/httpd.conf &&
+        mount --bind "$dir" "$dir" && mount -o bind,remount,ro / && cd "$dir" && exec ./install "$@"' \
+        with_web_server "$product" "$@"
+}
+
+@test "with a web server the discovered places and owners are used" {
+    unshare -m true 2>/dev/null || skip "no private mount namespace here"
+    run with_web_server -automate </dev/null
+    [ "$status" -eq 0 ]
+    [[ "$output" != *"ERROR:"* && "$output" != *"Failed"* ]]
+    [[ "$output" == *"Success "*" files copied"* ]]
+    grep -qF "Httpd conf is [/opt/apache/conf/httpd.conf]" "$product/install.log"
+    [ -f "$product/www/html/noticeboard/index.php" ]
+    [ "$(stat -c %a "$product/www/cgi-bin/noticeboard.cgi")" = 755 ]
+    [ "$(stat -c %a:%U "$product/www/notes")" = 770:root ]
+    [ "$(stat -c %a "$product/www/notes/welcome.txt")" = 660 ]
+    [ ! -e "$product/scratch" ]
+}
+
 @test "a second automated run upgrades, and a special run backs the notes up" {
     unshare -m true 2>/dev/null || skip "no private mount namespace here"
     confined -automate </dev/null
