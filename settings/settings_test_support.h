@@ -23,26 +23,20 @@ class scratch_test : public ::testing::Test {
     ASSERT_EQ(log_open(log_, path("test.log").c_str()), 1);
     log_set_current(log_);
   }
-
   void TearDown() override {
     log_free(&log_);
     std::error_code ignored;
     std::filesystem::remove_all(dir_, ignored);
   }
-
   std::string path(std::string_view name) const { return dir_ + "/" + std::string(name); }
-
   void write_file(std::string_view name, std::string_view text) const {
     std::ofstream(path(name), std::ios::binary) << text;
   }
-
   std::string read_file(std::string_view name) const {
-    std::ifstream in(path(name), std::ios::binary);
     std::stringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path(name), std::ios::binary).rdbuf();
     return text.str();
   }
-
   bool logged(std::string_view text) {
     log_flush(log_);
     return read_file("test.log").find(text) != std::string::npos;
