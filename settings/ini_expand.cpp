@@ -35,27 +35,29 @@ int ini_expand_refs(ini_store* store, const char* text, char* out, unsigned out_
                     ini_unknown_refs policy) {
   if (store == nullptr || text == nullptr || out == nullptr || out_size == 0) return 0;
   const size_t limit = out_size - 1;
-  const std::string_view rest_of(text);
+  const std::string_view source(text);
   std::string result;
   size_t read = 0;
-  for (size_t hit = rest_of.find(kOpen); hit != std::string_view::npos && result.size() < limit;
-       hit = rest_of.find(kOpen, read)) {
-    result.append(rest_of.substr(read, hit - read));
-    const size_t close = rest_of.find(kClose, hit + kOpen.size());
+  for (size_t hit = source.find(kOpen); hit != std::string_view::npos && result.size() < limit;
+       hit = source.find(kOpen, read)) {
+    result.append(source.substr(read, hit - read));
+    const size_t close = source.find(kClose, hit + kOpen.size());
     if (close == std::string_view::npos) {
       // An unclosed reference is no reference: drop ends the text there.
-      read = policy == ini_unknown_refs::keep ? hit : rest_of.size();
+      read = policy == ini_unknown_refs::keep ? hit : source.size();
       break;
     }
-    const std::string name(name_at(rest_of, hit));
+    const std::string name(name_at(source, hit));
     if (const char* value = ini_get(store, name.c_str())) {
       result.append(value);
     } else if (policy == ini_unknown_refs::keep) {
-      result.append(rest_of.substr(hit, close + 1 - hit));
+      result.append(source.substr(hit, close + 1 - hit));
     }
     read = close + 1;
   }
-  if (read < rest_of.size()) result.append(rest_of.substr(read));
+  if (read < source.size() && result.size() < limit) {
+    result.append(source.substr(read, limit - result.size()));
+  }
   const size_t written = result.size() < limit ? result.size() : limit;
   memcpy(out, result.data(), written);
   out[written] = '\0';
