@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <string_view>
 
+#include "foundation/section_file.h"
 #include "foundation/formatter.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
@@ -159,15 +160,6 @@ char* dir_part(const char* path, char* buffer, int size) {
   return copy_out(view.substr(0, sep + 1), buffer, size);
 }
 
-// Whether the current line of a section file opens a section, and which.
-bool section_header(char* line, std::string& name) {
-  if (line[0] != '[') return false;
-  std::string_view view(line + 1);
-  if (!view.empty() && view.back() == ']') view.remove_suffix(1);
-  name = std::string(view);
-  return true;
-}
-
 }  // namespace
 
 void copy_error(const char* format, ...) {
@@ -237,20 +229,8 @@ int copy_script_load(copy_script* script, const char* path, const char* section)
     copy_error("Error opening '%s'", path);
     return 0;
   }
-  bool found = false;
-  char buffer[kLineSize];
-  std::string name;
-  while (fgets(buffer, sizeof buffer, file.get()) != nullptr) {
-    char* line = str_trim(buffer);
-    if (line[0] == '\0' || line[0] == '#') continue;
-    if (section_header(line, name)) {
-      if (found) break;
-      found = str_icmp(name.c_str(), section) == 0;
-      continue;
-    }
-    if (found) copy_script_parse_line(script, line);
-  }
-  return found ? 1 : 0;
+  return section_file_read(file.get(), section,
+                           [script](char* line) { copy_script_parse_line(script, line); });
 }
 
 char* copy_expand(copy_script* script, const char* text) {

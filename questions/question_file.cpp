@@ -5,6 +5,7 @@
 #include <span>
 #include <string_view>
 
+#include "foundation/section_file.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
 #include "foundation/results.h"
@@ -126,24 +127,6 @@ void add_question(question_set* set, const char* line) {
 
 // Reads question lines of `section` until the next header or the end; 1 when
 // the section's header was seen.
-int read_section(question_set* set, FILE* file, const char* section) {
-  char line[kLineSize];
-  int found = 0;
-  while (fgets(line, kLineSize, file) != nullptr) {
-    char* text = str_trim(line);
-    if (*text == '\0' || *text == '#') continue;
-    if (*text == '[') {
-      if (found) break;
-      std::string name(text + 1);
-      if (!name.empty() && name.back() == ']') name.pop_back();
-      found = str_icmp(name.c_str(), section) == 0;
-      continue;
-    }
-    if (found) add_question(set, text);
-  }
-  return found;
-}
-
 const question* question_at(const question_set* set, unsigned index) {
   if (set == nullptr || index >= set->count) return nullptr;
   return &set->questions[index];
@@ -203,7 +186,7 @@ int question_load(question_set* set, const char* path, const char* section) {
     question_set_error("Error opening '%s'", path);
     return k_fail;
   }
-  if (!read_section(set, file.get(), section)) {
+  if (!section_file_read(file.get(), section, [set](char* line) { add_question(set, line); })) {
     log_error("Section '%s' not found", section);
     return k_fail;
   }
