@@ -34,7 +34,7 @@ TEST_F(copy_run_test, ControlSettingComparesIgnoringCase) {
   for (const auto& r : rows) {
     EXPECT_EQ(run(std::string("Exist @ result ") + r.control), r.result) << r.control;
   }
-  EXPECT_EQ(logged("Debug: Doing nothing due to controlling setting"), 4);
+  EXPECT_EQ(times_logged("Debug: Doing nothing due to controlling setting"), 4);
 }
 
 TEST_F(copy_run_test, CopyFindsDestinationDirectoriesByPattern) {
@@ -49,10 +49,10 @@ TEST_F(copy_run_test, CopyFindsDestinationDirectoriesByPattern) {
 
   EXPECT_EQ(run("CopyFile @/src/*.php - @/www/site1/"), 0);
   EXPECT_EQ(run("CopyFile @/src/*.php - @/nowhere/site1"), 0);
-  EXPECT_EQ(logged("Error: No destination directories found\n"), 1);
-  EXPECT_EQ(logged("Error: No destination directories found, No such file or directory"), 1);
+  EXPECT_EQ(times_logged("Error: No destination directories found\n"), 1);
+  EXPECT_EQ(times_logged("Error: No destination directories found, No such file or directory"), 1);
   EXPECT_EQ(run("CopyFile @/src/*.none - @/www/site1"), 0);
-  EXPECT_EQ(logged(here("Info: No files found to copy in '@/src/' matching '*.none'")), 1);
+  EXPECT_EQ(times_logged(here("Info: No files found to copy in '@/src/' matching '*.none'")), 1);
   std::string deep(300, 'd');
   EXPECT_EQ(run("CopyFile @/" + deep + "/*.php - @/" + deep), 0);
 }
@@ -61,19 +61,19 @@ TEST_F(copy_run_test, FailedRenameMkDirAndIniFallBackToCopying) {
   make("src/a.txt", "A");
   make("dst/sub/keep");
   EXPECT_EQ(run("Rename @/src/a.txt @/dst/sub"), 1);
-  EXPECT_EQ(logged(here("Error renaming '@/src/a.txt'->'@/dst/sub', Is a directory, Is a dir")), 1);
+  EXPECT_EQ(times_logged(here("Error renaming '@/src/a.txt'->'@/dst/sub', Is a directory, Is a dir")), 1);
   EXPECT_EQ(read("dst/sub/a.txt"), "A");
   EXPECT_TRUE(exists("src/a.txt"));
 
   EXPECT_EQ(run("MkDir @/src/a.txt/inner"), 0);
-  EXPECT_EQ(logged("Error: No destination directories found"), 1);
+  EXPECT_EQ(times_logged("Error: No destination directories found"), 1);
 
   make("dst/out.ini", "old");
   EXPECT_EQ(run("Ini @/missing.tmpl @/dst/out.ini"), 0);
-  EXPECT_EQ(logged(here("Error: Error reading ini file '@/missing.tmpl', No such file")), 1);
+  EXPECT_EQ(times_logged(here("Error: Error reading ini file '@/missing.tmpl', No such file")), 1);
   EXPECT_EQ(read("dst/out.ini"), "");
   EXPECT_EQ(run("Ini @/src/a.txt @/no/dir/out.ini"), 0);
-  EXPECT_EQ(logged(here("Error: Error creating ini file '@/no/dir/out.ini'")), 1);
+  EXPECT_EQ(times_logged(here("Error: Error creating ini file '@/no/dir/out.ini'")), 1);
 }
 
 TEST_F(copy_run_test, RemoveMatchesBareNamesIgnoringCase) {
@@ -90,8 +90,8 @@ TEST_F(copy_run_test, ModesAndOwnersMatchExclusionsOnFullPaths) {
   EXPECT_EQ(run("Chmod @/m/* *skip 750"), 3);
   EXPECT_EQ(mode("m/d/b"), 0750u);
   EXPECT_NE(mode("m/skip"), 0750u);
-  EXPECT_EQ(logged(here("Debug: Not chmod'ding '@/m/skip'")), 1);
-  EXPECT_EQ(logged("Debug: Finished chmod'ing, 3 files done"), 1);
+  EXPECT_EQ(times_logged(here("Debug: Not chmod'ding '@/m/skip'")), 1);
+  EXPECT_EQ(times_logged("Debug: Finished chmod'ing, 3 files done"), 1);
   // The source's directory alone lists everything; a bare name never matches a full path.
   EXPECT_EQ(run("Chmod @/m/ skip 700"), 4);
   EXPECT_EQ(run("Chmod @/m/a - 1a"), 1);  // 1*8 + ('a' - '0')
@@ -103,13 +103,13 @@ TEST_F(copy_run_test, ModesAndOwnersMatchExclusionsOnFullPaths) {
   EXPECT_EQ(status("m/d/b").st_uid, 33u);
   EXPECT_EQ(status("m/d").st_gid, 65534u);
   EXPECT_EQ(status("m/skip").st_uid, 0u);
-  EXPECT_EQ(logged("Found user id for 'www-data'=33"), 1);
-  EXPECT_EQ(logged("Found group id for 'nogroup'=65534"), 1);
+  EXPECT_EQ(times_logged("Found user id for 'www-data'=33"), 1);
+  EXPECT_EQ(times_logged("Found group id for 'nogroup'=65534"), 1);
   EXPECT_EQ(run("Chown @/m/skip - nobody"), 1);  // no group "nobody": gid follows uid
   EXPECT_EQ(status("m/skip").st_gid, 65534u);
-  EXPECT_EQ(logged("Found group id for 'nobody'=-1"), 1);
+  EXPECT_EQ(times_logged("Found group id for 'nobody'=-1"), 1);
   EXPECT_EQ(run("Chown @/m/a - no_such_user"), 0);
-  EXPECT_EQ(logged("Error: file_chown failed"), 1);
+  EXPECT_EQ(times_logged("Error: file_chown failed"), 1);
 }
 
 TEST_F(copy_run_test, SingleOperations) {
@@ -119,12 +119,12 @@ TEST_F(copy_run_test, SingleOperations) {
   EXPECT_EQ(run("WFile @/lit.txt literal"), 1);
   EXPECT_EQ(read("w.txt") + read("lit.txt"), "hello worldliteral");
   EXPECT_EQ(run("WFile @/no/w.txt greeting"), 0);
-  EXPECT_EQ(logged(here("Error: Failed to write (@/no/w.txt), No such file")), 1);
+  EXPECT_EQ(times_logged(here("Error: Failed to write (@/no/w.txt), No such file")), 1);
   EXPECT_EQ(run("RFile @/w.txt greeting"), 1);  // opened for writing: emptied
   EXPECT_EQ(read("w.txt"), "");
   EXPECT_STREQ(ini_get(store_, "greeting"), "hello world");
   EXPECT_EQ(run("RFile @/no/r.txt greeting"), 0);
-  EXPECT_EQ(logged(here("Error: Failed to read (@/no/r.txt)")), 1);
+  EXPECT_EQ(times_logged(here("Error: Failed to read (@/no/r.txt)")), 1);
 
   EXPECT_EQ(run("Exist @/gone gone"), 1);
   EXPECT_STREQ(ini_get(store_, "gone"), "false");
@@ -136,7 +136,7 @@ TEST_F(copy_run_test, SingleOperations) {
   EXPECT_STREQ(copy_last_error(), "Disk  full");
 
   EXPECT_EQ(run("Bogus @/x"), 0);
-  EXPECT_EQ(logged("Error: How did we get here!"), 1);
+  EXPECT_EQ(times_logged("Error: How did we get here!"), 1);
   EXPECT_EQ(copy_line_run(nullptr, 0, nullptr), 0);
 }
 
@@ -148,12 +148,12 @@ TEST_F(copy_run_test, StopOnFailKeepsWhatWasDone) {
   EXPECT_EQ(files, 1);
   EXPECT_EQ(bytes, 0u);
   EXPECT_TRUE(exists("a") && !exists("b"));
-  EXPECT_EQ(logged("Info: Stop on fail set, stopping..."), 1);
+  EXPECT_EQ(times_logged("Info: Stop on fail set, stopping..."), 1);
   EXPECT_EQ(copy_script_run(script.get(), &files, nullptr, 0), 1);
   EXPECT_EQ(files, 2);
   EXPECT_TRUE(exists("a") && exists("b"));
-  EXPECT_EQ(logged("Info: Stop on fail NOT set, continuing..."), 1);
-  EXPECT_EQ(logged(here("Debug: Processing [260:@/a->,,,]")), 2);
+  EXPECT_EQ(times_logged("Info: Stop on fail NOT set, continuing..."), 1);
+  EXPECT_EQ(times_logged(here("Debug: Processing [260:@/a->,,,]")), 2);
   EXPECT_EQ(copy_script_run(nullptr, &files, nullptr, 0), 0);
 }
 
@@ -205,11 +205,11 @@ TEST_F(copy_run_test, EveryOperationWordInOneScript) {
     EXPECT_EQ(mode(f), 0750u) << f;
   }
   EXPECT_NE(mode("web/app/app.ini"), 0750u);
-  EXPECT_EQ(logged("Debug: Processing ["), 14);
-  EXPECT_EQ(logged("Debug: Doing nothing due to controlling setting"), 1);
-  EXPECT_EQ(logged(here("Info: Writing INI file '@/pkg/app.tmpl' to '@/web/app/app.ini'")), 1);
-  EXPECT_EQ(logged("Info: Copy script completed successfully"), 1);
-  EXPECT_EQ(logged("Error:"), 0);
+  EXPECT_EQ(times_logged("Debug: Processing ["), 14);
+  EXPECT_EQ(times_logged("Debug: Doing nothing due to controlling setting"), 1);
+  EXPECT_EQ(times_logged(here("Info: Writing INI file '@/pkg/app.tmpl' to '@/web/app/app.ini'")), 1);
+  EXPECT_EQ(times_logged("Info: Copy script completed successfully"), 1);
+  EXPECT_EQ(times_logged("Error:"), 0);
 }
 
 }  // namespace

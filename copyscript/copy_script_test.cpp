@@ -40,9 +40,9 @@ TEST_F(copy_parse_test, FieldLayoutsPerOperation) {
     EXPECT_EQ(fields, r.fields) << r.line;
     EXPECT_EQ(copy_type(script.get(), 0), r.type) << r.line;
   }
-  EXPECT_EQ(logged("Error: Unknown copy type 'Bogus'"), 1);
-  EXPECT_EQ(logged("Debug: Copy line 'type' is [257]"), 1);
-  EXPECT_EQ(logged("Debug: Copy list error string is ' Disk  full,\tgiving up'"), 1);
+  EXPECT_EQ(times_logged("Error: Unknown copy type 'Bogus'"), 1);
+  EXPECT_EQ(times_logged("Debug: Copy line 'type' is [257]"), 1);
+  EXPECT_EQ(times_logged("Debug: Copy list error string is ' Disk  full,\tgiving up'"), 1);
 }
 
 TEST_F(copy_parse_test, MissingFieldsDropTheLineWithEveryMessage) {
@@ -58,9 +58,9 @@ TEST_F(copy_parse_test, MissingFieldsDropTheLineWithEveryMessage) {
   int sources = 0, nots = 0, destinations = 0;
   for (const auto& r : rows) {
     EXPECT_EQ(copy_script_parse_line(script.get(), r.line), 0) << r.line;
-    EXPECT_EQ(logged("Error: Missing copy source path"), sources += r.sources) << r.line;
-    EXPECT_EQ(logged("Error: Missing not wildcard"), nots += r.nots) << r.line;
-    EXPECT_EQ(logged("Error: Missing copy destination path"), destinations += r.destinations);
+    EXPECT_EQ(times_logged("Error: Missing copy source path"), sources += r.sources) << r.line;
+    EXPECT_EQ(times_logged("Error: Missing not wildcard"), nots += r.nots) << r.line;
+    EXPECT_EQ(times_logged("Error: Missing copy destination path"), destinations += r.destinations);
   }
   EXPECT_EQ(copy_count(script.get()), 0);
 }
@@ -80,7 +80,7 @@ TEST_F(copy_parse_test, LoaderReadsOnlyTheWantedSection) {
   unique_script other(copy_script_create(store_));
   EXPECT_EQ(copy_script_load(other.get(), path("test.cpy").c_str(), "special"), 0);
   EXPECT_EQ(copy_script_load(other.get(), path("none.cpy").c_str(), "install"), 0);
-  EXPECT_EQ(logged("Error: Error opening '" + path("none.cpy") + "', No such file or directory"),
+  EXPECT_EQ(times_logged("Error: Error opening '" + path("none.cpy") + "', No such file or directory"),
             1);
   EXPECT_EQ(copy_script_load(other.get(), nullptr, "install"), 0);
 }
@@ -95,7 +95,7 @@ TEST_F(copy_parse_test, LinesAreReadIn999CharacterPieces) {
   EXPECT_EQ(str_len(copy_source(script.get(), 0)), 991);
   EXPECT_STREQ(copy_destination(script.get(), 0), "f");
   EXPECT_EQ(copy_type(script.get(), 1), 0u);
-  EXPECT_EQ(logged("Error: Missing copy destination path"), 1);
+  EXPECT_EQ(times_logged("Error: Missing copy destination path"), 1);
 }
 
 }  // namespace

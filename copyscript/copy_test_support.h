@@ -15,7 +15,7 @@
 #include <string_view>
 
 #include "copyscript/copy_script.h"
-#include "foundation/logger.h"
+#include "foundation/test_scratch.h"
 #include "settings/ini_store.h"
 
 struct copy_script_deleter {
@@ -23,26 +23,17 @@ struct copy_script_deleter {
 };
 using unique_script = std::unique_ptr<copy_script, copy_script_deleter>;
 
-class copy_test : public ::testing::Test {
+class copy_test : public scratch_test {
  protected:
   void SetUp() override {
-    char pattern[] = "/tmp/copyscript_test_XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir_ = pattern;
-    log_ = log_create(static_cast<unsigned>(log_level::debug));
-    log_set_current(log_);
-    ASSERT_EQ(log_open(log_, path("test.log").c_str()), 1);
-    log_flush_every(log_, 1);
+    scratch_test::SetUp();
     static const ini_setting_def defs[] = {{"flag", "true", 0}, {nullptr, nullptr, 0}};
     store_ = ini_create();
     ini_setup(store_, defs, nullptr, 1);
   }
   void TearDown() override {
     ini_destroy(&store_);
-    log_set_current(nullptr);
-    log_free(&log_);
-    std::error_code ignored;
-    std::filesystem::remove_all(dir_, ignored);
+    scratch_test::TearDown();
   }
 
   // Every "@" in text stands for the scratch directory.
@@ -51,7 +42,6 @@ class copy_test : public ::testing::Test {
     for (char c : text) out += c == '@' ? dir_ : std::string(1, c);
     return out;
   }
-  std::string path(std::string_view name) const { return dir_ + "/" + std::string(name); }
   // Makes a file (text given) or, for a name ending in "/", a directory.
   void make(std::string_view name, std::string_view text = "") const {
     std::filesystem::path file(path(name));
@@ -59,11 +49,7 @@ class copy_test : public ::testing::Test {
     std::filesystem::create_directories(name.ends_with('/') ? file : file.parent_path(), ignored);
     if (!name.ends_with('/')) std::ofstream(file, std::ios::binary) << text;
   }
-  std::string read(std::string_view name) const {
-    std::stringstream text;
-    text << std::ifstream(path(name), std::ios::binary).rdbuf();
-    return text.str();
-  }
+  std::string read(std::string_view name) const { return read_file(name); }
   struct stat status(std::string_view name) const {
     struct stat st {};
     lstat(path(name).c_str(), &st);
@@ -71,7 +57,7 @@ class copy_test : public ::testing::Test {
   }
   bool exists(std::string_view name) const { return status(name).st_nlink != 0; }
   // How often text occurs in the log.
-  int logged(std::string_view text) const {
+  int times_logged(std::string_view text) const {
     std::string log = read("test.log");
     int count = 0;
     for (size_t at = 0; (at = log.find(text, at)) != std::string::npos; ++at) ++count;
@@ -85,7 +71,5 @@ class copy_test : public ::testing::Test {
     return script;
   }
 
-  std::string dir_;
-  logger* log_ = nullptr;
   ini_store* store_ = nullptr;
 };

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "settings/settings_test_support.h"
+#include "foundation/test_scratch.h"
 
 namespace {
 

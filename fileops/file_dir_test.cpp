@@ -12,7 +12,7 @@ namespace {
 
 using listed = std::map<std::string, std::string>;
 
-class FileDir : public scratch_test {
+class FileDir : public file_step_test {
  protected:
   // name -> "dir", "file" or "link:<target>" for every listed entry.
   listed list(const std::string& dir, const char* pattern) {

@@ -11,7 +11,7 @@
 
 namespace {
 
-using FileOps = scratch_test;
+using FileOps = file_step_test;
 using step_list = std::vector<std::string>;
 
 struct stat lstat_of(const std::string& path) {

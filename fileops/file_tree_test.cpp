@@ -9,11 +9,11 @@
 
 namespace {
 
-class FileTree : public scratch_test {
+class FileTree : public file_step_test {
  protected:
   // src/a.txt, src/b.log, src/docs.txt/{inner.log, deep/x.txt}, src/other/y.txt
   void SetUp() override {
-    scratch_test::SetUp();
+    file_step_test::SetUp();
     for (const char* dir : {"src", "src/docs.txt", "src/docs.txt/deep", "src/other"}) {
       ASSERT_EQ(mkdir(path(dir).c_str(), 0755), 0);
     }

@@ -8,10 +8,10 @@ namespace {
 
 const ini_setting_def kSettings[] = {{"v", "old", 0}, {"none", nullptr, 0}, {nullptr, nullptr, 0}};
 
-class QuestionAsk : public scratch_test {
+class QuestionAsk : public question_test {
  protected:
   void SetUp() override {
-    scratch_test::SetUp();
+    question_test::SetUp();
     make_store(kSettings);
   }
 

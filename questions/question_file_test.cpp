@@ -5,7 +5,7 @@
 
 namespace {
 
-using QuestionFile = scratch_test;
+using QuestionFile = question_test;
 
 // "type|label|control|compare|help|text" of q, "~" for an absent text.
 std::string fields(const question& q) {

@@ -5,11 +5,11 @@
 
 namespace {
 
-class QuestionWalk : public scratch_test {
+class QuestionWalk : public question_test {
  protected:
   void TearDown() override {
     question_set_unattended(0);
-    scratch_test::TearDown();
+    question_test::TearDown();
   }
 
   walk_outcome walk(const std::string& lines, const std::string& input, int expand = 0) {

@@ -12,43 +12,29 @@
 #include <sstream>
 #include <string>
 
-#include "foundation/logger.h"
+#include "foundation/test_scratch.h"
 #include "questions/question_console.h"
 #include "questions/question_file.h"
 #include "settings/ini_store.h"
 
-class scratch_test : public ::testing::Test {
+class question_test : public scratch_test {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/questions_test_XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir_ = pattern;
-    log_ = log_create(3);
-    ASSERT_EQ(log_open(log_, path("test.log").c_str()), 1);
-    log_set_current(log_);
-  }
-
   void TearDown() override {
     question_set_free(&set_);
     close_console();
     ini_destroy(&store_);
-    log_free(&log_);
-    std::error_code ignored;
-    std::filesystem::remove_all(dir_, ignored);
+    scratch_test::TearDown();
   }
 
-  std::string path(const std::string& name) const { return dir_ + "/" + name; }
-
+  // Writes a file into the scratch directory and returns its path.
   std::string write_file(const std::string& name, const std::string& text) const {
-    std::ofstream(path(name)) << text;
+    scratch_test::write_file(name, text);
     return path(name);
   }
 
-  bool logged(const std::string& message) {
-    log_flush(log_);
-    std::stringstream text;
-    text << std::ifstream(path("test.log")).rdbuf();
-    return text.str().find(": " + message + "\n") != std::string::npos;
+  // Whether message was logged as a whole line.
+  bool logged(const std::string& message) const {
+    return scratch_test::logged(": " + message + "\n");
   }
 
   void make_store(const ini_setting_def* defs) {
@@ -79,8 +65,6 @@ class scratch_test : public ::testing::Test {
     return std::string(out_text_, out_size_);
   }
 
-  std::string dir_;
-  logger* log_ = nullptr;
   ini_store* store_ = nullptr;
   question_set* set_ = nullptr;
 

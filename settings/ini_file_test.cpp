@@ -5,7 +5,7 @@
 #include <string>
 
 #include "settings/ini_store.h"
-#include "settings/settings_test_support.h"
+#include "foundation/test_scratch.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <string>
 
-#include "settings/settings_test_support.h"
+#include "foundation/test_scratch.h"
 
 namespace {
 
