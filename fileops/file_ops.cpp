@@ -98,9 +98,12 @@ bool copy_stream(int source, int destination, const char* source_path,
 }
 
 // Copies between opened ends; the destination's close is checked too, since
-// a full disk may only show there.
+// a full disk may only show there. A link at the destination's name is never
+// written through (the open fails with ELOOP): the tree being installed into
+// may have been planted by a less trusted account.
 bool copy_contents(const char* source, const char* destination, unsigned* bytes) {
-  unique_fd out(open(destination, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666));
+  unique_fd out(open(destination,
+                     O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW, 0666));
   if (!out) {
     file_error("Error opening '%s' for write", destination);
     return false;

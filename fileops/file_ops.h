@@ -47,7 +47,9 @@ int file_is_dir(const char* path);
 // written to *bytes when bytes is given. 1 copied; -1 destination exists and
 // overwrite is 0 (nothing done, nothing reported); 0 failed, also when both
 // name the same file. When the source cannot be read, an empty destination
-// is left behind. The new file takes its mode from the creation mask.
+// is left behind. The new file takes its mode from the creation mask. A
+// symbolic link at the destination's name fails the copy (ELOOP) and is left
+// as it was; what it points to is never written.
 int file_copy(const char* source, const char* destination, int overwrite, unsigned* bytes);
 // file_copy, then removes the source after any non-zero result (so with
 // overwrite 0 onto an existing destination the source is just deleted).

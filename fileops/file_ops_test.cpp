@@ -102,6 +102,21 @@ TEST_F(FileOps, ModesAndOwnersNeverReachThroughALink) {
   EXPECT_EQ(file_chown(path("outside").c_str(), -1, 0), 0);
 }
 
+TEST_F(FileOps, ACopyNeverWritesThroughALinkAtTheDestination) {
+  write_text(path("src"), "new");
+  write_text(path("outside"), "precious");
+  ASSERT_EQ(symlink(path("outside").c_str(), path("link").c_str()), 0);
+  ASSERT_EQ(symlink(path("nowhere").c_str(), path("dangling").c_str()), 0);
+  EXPECT_EQ(file_copy(path("src").c_str(), path("link").c_str(), 1, nullptr), 0);
+  EXPECT_EQ(file_copy(path("src").c_str(), path("dangling").c_str(), 1, nullptr), 0);
+  EXPECT_EQ(read_text(path("outside")), "precious");
+  EXPECT_FALSE(file_exists(path("nowhere").c_str()));
+  EXPECT_TRUE(S_ISLNK(lstat_of(path("link")).st_mode));
+  EXPECT_NE(log_text().find("Error opening '" + path("link") +
+                            "' for write, Too many levels of symbolic links"),
+            std::string::npos);
+}
+
 TEST_F(FileOps, FailuresAreLoggedWithTheSystemReasonWhenThereIsOne) {
   EXPECT_EQ(file_chmod(path("missing").c_str(), 0644), 0);
   EXPECT_EQ(file_chown(path("missing").c_str(), 1, 2), 0);
