@@ -8,9 +8,12 @@
 // with the system's reason appended.
 //
 // Tree walks never follow a symbolic link into another directory: an entry's
-// own link status decides whether it is a directory. file_chown changes a
-// link itself, never its target, and file_chmod leaves a link alone, so a
-// link planted inside a tree cannot hand a file outside it to anyone.
+// own link status decides whether it is a directory, on the source side and
+// the destination side alike. file_chown changes a link itself, never its
+// target, and file_chmod leaves a link alone, so a link planted inside a tree
+// cannot hand a file outside it to anyone. The directories above the path a
+// tree operation is given are followed only through links that root or the
+// running user owns (file_trust.h).
 //
 // Paths are cut at 255 characters; "/" and "\" are both separators on input.
 // Every operation accepts null arguments and then does nothing.
@@ -69,7 +72,10 @@ int file_rename(const char* source, const char* destination);
 // are always overwritten. With recursive, sub-directories are copied whole;
 // without, only made empty; the destination itself is never walked when it
 // lies inside the source. Returns the number of steps done (files copied,
-// directories made); failures do not stop the walk.
+// directories made); failures do not stop the walk. A symbolic link standing
+// at a destination directory's name (the top one too) is never written
+// through: that directory fails ("Not following symbolic link '%s'", ELOOP,
+// reported to the failed callback) and the walk goes on with the others.
 int file_copy_dir(const char* source_dir, const char* pattern, const char* exclude,
                   const char* destination_dir, int recursive, unsigned* bytes);
 // The same walk moving files (file_move with overwrite = recursive) and,
@@ -79,11 +85,15 @@ int file_move_dir(const char* source_dir, const char* pattern, const char* exclu
                   const char* destination_dir, int recursive, unsigned* bytes);
 // Makes path (mode 0775), with parents its missing parents first, logging
 // "Directory created '%s'" at debug level for each. 1 made or already there,
-// 0 failed.
+// 0 failed, also when a component of path is a link that fails the owner
+// test of file_trust.h.
 int file_mkdir(const char* path, int parents);
 // With recursive, removes everything below path whose name matches no
 // pattern of exclude; then path itself. Returns the number of entries
-// removed; reports each through the callbacks, logs nothing.
+// removed; reports each through the callbacks, logs nothing. When path is a
+// symbolic link, the link alone is removed, never what it points to; when a
+// directory above path fails the owner test of file_trust.h (logged),
+// nothing is removed.
 int file_remove_tree(const char* path, const char* exclude, int recursive);
 
 // ---- modes, owners, ids ------------------------------------------------------

@@ -5,6 +5,7 @@
 
 #include "fileops/file_dir.h"
 #include "fileops/file_ops.h"
+#include "fileops/file_trust.h"
 #include "fileops/test_scratch.h"
 
 namespace {
@@ -112,6 +113,59 @@ TEST_F(FileTree, PlantedLinksNeverReachOutsideTheTree) {
 
   EXPECT_EQ(file_remove_tree(path("src").c_str(), nullptr, 1), 11);
   EXPECT_EQ(read_text(path("outside/secret")), "secret");
+}
+
+// A destination tree that already holds links, as an upgrade's may: a copy
+// never writes through them, at the top or below, and reports each one.
+TEST_F(FileTree, CopyDirRefusesDestinationDirectoriesThatAreLinks) {
+  ASSERT_EQ(mkdir(path("outside").c_str(), 0755), 0);
+  ASSERT_EQ(mkdir(path("dst").c_str(), 0755), 0);
+  ASSERT_EQ(symlink(path("outside").c_str(), path("dst/other").c_str()), 0);
+  ASSERT_EQ(symlink(path("outside").c_str(), path("top").c_str()), 0);
+  ASSERT_EQ(symlink(path("outside/nothing").c_str(), path("dst/docs.txt").c_str()), 0);
+
+  // a.txt and b.log copied; docs.txt and other refused, the walk goes on.
+  EXPECT_EQ(file_copy_dir(path("src").c_str(), "*", nullptr, path("dst").c_str(), 1, nullptr), 2);
+  EXPECT_EQ(read_text(path("dst/a.txt")), "src/a.txt");
+  EXPECT_FALSE(exists("outside/y.txt") || exists("outside/nothing"));
+  EXPECT_TRUE(logged("Error: Not following symbolic link '" + path("dst/other") +
+                     "', Too many levels of symbolic links\n"));
+  int refused = 0;
+  for (const std::string& step : steps()) refused += step.rfind("failed dst/", 0) == 0;
+  EXPECT_EQ(refused, 2);
+
+  EXPECT_EQ(file_copy_dir(path("src").c_str(), "*", nullptr, path("top").c_str(), 1, nullptr), 0);
+  EXPECT_EQ(steps().back(), "failed top - 1");
+  EXPECT_FALSE(exists("outside/a.txt"));
+  EXPECT_EQ(file_move_dir(path("src").c_str(), "*", nullptr, path("top").c_str(), 1, nullptr), 0);
+  EXPECT_TRUE(exists("src/a.txt"));
+}
+
+// Removing a link removes the link, never the tree it points to.
+TEST_F(FileTree, RemoveTreeOfALinkRemovesTheLinkOnly) {
+  ASSERT_EQ(symlink(path("src").c_str(), path("link").c_str()), 0);
+  EXPECT_EQ(file_remove_tree(path("link").c_str(), nullptr, 1), 1);
+  EXPECT_EQ(steps().back(), "done link - 0");
+  EXPECT_FALSE(file_is_link(path("link").c_str()));
+  EXPECT_EQ(read_text(path("src/other/y.txt")), "src/other/y.txt");
+}
+
+// Through a link another account owns, nothing is made and nothing removed.
+TEST_F(FileTree, UntrustedLinksAboveThePathRefuseMakingAndRemoving) {
+  ASSERT_EQ(symlink(path("src").c_str(), path("planted").c_str()), 0);
+  if (lchown(path("planted").c_str(), 65534, 65534) != 0) GTEST_SKIP() << "not root";
+  EXPECT_EQ(file_mkdir(path("planted/new/deeper").c_str(), 1), 0);
+  EXPECT_EQ(steps().back(), "failed planted/new/deeper - 1");
+  EXPECT_FALSE(exists("src/new"));
+  EXPECT_EQ(file_remove_tree(path("planted/other").c_str(), nullptr, 1), 0);
+  EXPECT_EQ(steps().back(), "failed planted/other - 0");
+  EXPECT_EQ(file_copy_dir(path("src/other").c_str(), "*", nullptr, path("planted/copy").c_str(), 1,
+                          nullptr),
+            0);
+  EXPECT_TRUE(exists("src/other/y.txt") && !exists("src/copy"));
+  // The link itself may go: it is the entry named.
+  EXPECT_EQ(file_remove_tree(path("planted").c_str(), nullptr, 1), 1);
+  EXPECT_TRUE(exists("src/other/y.txt"));
 }
 
 }  // namespace

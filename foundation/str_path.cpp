@@ -1,8 +1,10 @@
 #include "foundation/str_path.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cctype>
+#include <cerrno>
 #include <climits>
 #include <cstring>
 #include <string>
@@ -163,8 +165,30 @@ char* str_etc_dir(char* buffer, int size) {
   return buffer;
 }
 
+namespace {
+
+// Writing never follows a symbolic link at path's own name: the trees the
+// program writes into may hold links planted by a less trusted account.
+FILE* open_for_writing(const char* path, const char* mode) {
+  int flags = O_CREAT | O_NOFOLLOW | O_CLOEXEC;
+  flags |= std::strchr(mode, '+') != nullptr ? O_RDWR : O_WRONLY;
+  flags |= mode[0] == 'a' ? O_APPEND : O_TRUNC;
+  int fd = open(path, flags, 0666);
+  if (fd < 0) return nullptr;
+  FILE* stream = fdopen(fd, mode);
+  if (stream == nullptr) {
+    int err = errno;
+    close(fd);
+    errno = err;
+  }
+  return stream;
+}
+
+}  // namespace
+
 FILE* file_open(const char* path, const char* mode) {
   if (path == nullptr || mode == nullptr) return nullptr;
+  if (mode[0] == 'w' || mode[0] == 'a') return open_for_writing(path, mode);
   return fopen(path, mode);
 }
 

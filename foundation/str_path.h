@@ -30,6 +30,8 @@ char* str_abs_dir(char* dest, const char* path, int size);
 char* str_getcwd(char* buffer, int size);
 char* str_etc_dir(char* buffer, int size);
 
-// fopen / fclose, null-safe. file_close clears the caller's handle.
+// fopen / fclose, null-safe. file_close clears the caller's handle. A
+// writing mode ("w", "a", with "+" or "b") refuses a symbolic link at path's
+// name (null, errno ELOOP) instead of writing where it points.
 FILE* file_open(const char* path, const char* mode);
 void file_close(FILE** stream);

@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstring>
 #include <string>
 
+#include "foundation/handles.h"
 #include "foundation/str_text.h"
+#include "foundation/test_scratch.h"
 
 namespace {
 
@@ -86,6 +91,34 @@ TEST(StrAbsDir, RelativePathsStartAtWorkingDirectory) {
     char buf[kPathSize];
     EXPECT_EQ(std::string(str_abs_dir(buf, row.in, sizeof buf)), row.out) << row.in;
   }
+}
+
+using FileOpen = scratch_test;
+
+// Writing through a link planted at a file's name would write wherever it
+// points; reading through one is left as it was.
+TEST_F(FileOpen, WritingModesRefuseALinkAtTheName) {
+  write_file("target", "kept");
+  ASSERT_EQ(symlink(path("target").c_str(), path("link").c_str()), 0);
+  for (const char* mode : {"w", "wb", "a", "w+"}) {
+    errno = 0;
+    EXPECT_EQ(unique_file(file_open(path("link").c_str(), mode)), nullptr) << mode;
+    EXPECT_EQ(errno, ELOOP) << mode;
+  }
+  EXPECT_EQ(read_file("target"), "kept");
+  EXPECT_NE(unique_file(file_open(path("link").c_str(), "r")), nullptr);
+
+  unique_file out(file_open(path("new").c_str(), "w"));
+  ASSERT_NE(out, nullptr);
+  fputs("one", out.get());
+  out.reset(file_open(path("new").c_str(), "a"));
+  fputs("two", out.get());
+  out.reset();
+  EXPECT_EQ(read_file("new"), "onetwo");
+  out.reset(file_open(path("new").c_str(), "w"));
+  out.reset();
+  EXPECT_EQ(read_file("new"), "");
+  EXPECT_EQ(file_open(nullptr, "w"), nullptr);
 }
 
 }  // namespace

@@ -1,0 +1,55 @@
+#include "fileops/file_trust.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+#include "fileops/test_scratch.h"
+
+namespace {
+
+constexpr uid_t kNobody = 65534;
+
+class FileTrust : public file_step_test {
+ protected:
+  // outside/ and tree/, and in tree/ a link to outside/ named name, owned by
+  // owner. Skips the test where links cannot be given away (not root).
+  void plant(const char* name, uid_t owner) {
+    mkdir(path("outside").c_str(), 0755);
+    mkdir(path("tree").c_str(), 0755);
+    std::string link = path(std::string("tree/") + name);
+    ASSERT_EQ(symlink(path("outside").c_str(), link.c_str()), 0);
+    if (lchown(link.c_str(), owner, owner) != 0) GTEST_SKIP() << "links cannot be given away here";
+  }
+};
+
+TEST_F(FileTrust, LinksOfRootOrTheRunningUserAreFollowed) {
+  plant("mine", geteuid());
+  EXPECT_EQ(file_path_trusted(path("tree/mine/sub/file").c_str()), 1);
+  EXPECT_EQ(file_path_trusted(path("tree//mine/").c_str()), 1);
+  EXPECT_EQ(file_path_trusted("relative/missing\\name"), 1);
+  EXPECT_EQ(file_path_trusted(nullptr), 0);
+  EXPECT_FALSE(logged("Not following"));
+}
+
+TEST_F(FileTrust, AnotherUsersLinkIsNotFollowedAnywhereInThePath) {
+  plant("planted", kNobody);
+  for (const char* tail : {"tree/planted", "tree/planted/", "tree/planted/deeper/file"}) {
+    errno = 0;
+    EXPECT_EQ(file_path_trusted(path(tail).c_str()), 0) << tail;
+    EXPECT_EQ(errno, ELOOP);
+  }
+  EXPECT_TRUE(logged("Error: Not following symbolic link '" + path("tree/planted") +
+                     "', Too many levels of symbolic links\n"));
+  // The last component alone is the caller's to judge.
+  EXPECT_EQ(file_parent_trusted(path("tree/planted").c_str()), 1);
+  EXPECT_EQ(file_parent_trusted(path("tree/planted/x").c_str()), 0);
+  EXPECT_EQ(file_parent_trusted("name-only"), 1);
+  EXPECT_EQ(file_is_link(path("tree/planted").c_str()), 1);
+  EXPECT_EQ(file_is_link(path("tree").c_str()), 0);
+  EXPECT_EQ(file_is_link(nullptr), 0);
+}
+
+}  // namespace
