@@ -210,6 +210,7 @@ int copy_line_run(copy_script* script, int index, unsigned* bytes_out) {
     log_debug("Doing nothing due to controlling setting");
     return -1;
   }
+  if (!copy_tree_paths_trusted(script, index)) return 0;
   errno = 0;
   return dispatch(script, index, line, bytes_out);
 }

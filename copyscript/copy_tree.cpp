@@ -5,6 +5,7 @@
 
 #include "fileops/file_dir.h"
 #include "fileops/file_ops.h"
+#include "fileops/file_trust.h"
 #include "fileops/wild_match.h"
 #include "foundation/logger.h"
 #include "foundation/str_path.h"
@@ -124,7 +125,35 @@ int change_tree(const tree_change& change, const char* dir, const char* pattern,
   return count;
 }
 
+// Whether the line's source, and for the operations that write to it its
+// destination, name a path (not a setting, an owner, a mode or a text).
+bool source_is_path(uint32_t type) { return type != k_copy_exist && type != k_copy_error; }
+bool destination_is_path(uint32_t type) {
+  return type == k_copy_file || type == k_copy_dir || type == k_copy_ini || type == k_copy_rename;
+}
+
+bool dir_trusted(const char* dir) {
+  if (dir == nullptr || file_path_trusted(dir)) return true;
+  file_callback_pair callbacks;
+  file_get_callbacks(&callbacks);
+  if (callbacks.failed != nullptr) callbacks.failed(dir, nullptr, 1);
+  return false;
+}
+
 }  // namespace
+
+int copy_tree_paths_trusted(const copy_script* script, int index) {
+  uint32_t type = copy_type(script, index);
+  char dir[kPathSize];
+  if (source_is_path(type) && !dir_trusted(copy_source_dir(script, index, dir, kPathSize))) {
+    return 0;
+  }
+  if (destination_is_path(type) &&
+      !dir_trusted(copy_destination_dir(script, index, dir, kPathSize))) {
+    return 0;
+  }
+  return 1;
+}
 
 int copy_tree_copy(const copy_script* script, int index, int whole_trees, unsigned* bytes) {
   std::vector<std::string> destinations = destination_dirs(script, index);

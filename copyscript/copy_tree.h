@@ -6,6 +6,17 @@
 
 #include "copyscript/copy_script.h"
 
+// Whether the directories a line names may be worked in: 1 when the
+// directory part of its source (a path for every operation but Exist and
+// Error) and, for CopyFile, CopyDir, Ini and Rename, of its destination pass
+// the owner test of fileops/file_trust.h: no link on the way that someone
+// other than root or the running user owns. Otherwise 0, the link logged
+// and reported to the failed step callback with errno ELOOP. Below those
+// directories the walks here follow no link: a listed link is removed
+// itself, re-owned itself, left alone by a mode change, and never a
+// destination directory.
+int copy_tree_paths_trusted(const copy_script* script, int index);
+
 // Copies the entries matching the line's source into every existing
 // directory matching its destination (whole trees for directory entries when
 // whole_trees is set, else directory entries are skipped). Returns the files
