@@ -59,7 +59,7 @@ run_with_confs() {
       mkdir -p "$(dirname "${placement%%=*}")"
       cp "${placement#*=}" "${placement%%=*}"
     done
-    exec ./install -automate < /dev/null
+    exec $INSTALL_RUNNER ./install -automate < /dev/null
   ' run_with_confs "${placements[@]}"
 }
 

@@ -30,7 +30,7 @@ EOF
   for name in installed found_file found_none copied literal year contents action; do
     echo "WFile \$(current_dir)/out.$name $name - -" >> install.int
   done
-  run ./install -automate < /dev/null
+  run program -automate < /dev/null
   [ "$status" -eq 0 ]
   [ "$(cat out.installed),$(cat out.found_file),$(cat out.found_none)" = "true,true,false" ]
   [ "$(cat out.copied),$(cat out.literal)" = "Widget,no_such_setting" ]
@@ -62,7 +62,7 @@ EOF
     echo 'TimeDate no_format stamp - -'
     echo 'WFile out.after contents - -'
   } > install.int
-  run ./install -automate < /dev/null
+  run program -automate < /dev/null
   [ "$status" -eq 0 ]
   [ -f out.carried ] && [ -f out.split ] && [ -f out.second ]
   [ "$(cat out.after)" = "unchanged" ]
@@ -75,7 +75,7 @@ EOF
 }
 
 @test "an init file that cannot be read ends the run before the menu" {
-  run ./install -automate < /dev/null
+  run program -automate < /dev/null
   [ "$status" -eq 0 ]
   local path="$PRODUCT_DIR/install.int"
   [ "$output" = "Error: Failed to load init file '$path', Failed to read '$path', No such file or directory" ]

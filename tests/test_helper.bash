@@ -2,6 +2,15 @@
 # test, with the program reachable as ./install inside it.
 : "${INSTALL_BIN:?INSTALL_BIN must name the built program}"
 
+# A command put before every run of the program, empty by default;
+# scripts/memcheck.sh sets it to its valgrind wrapper. Tests start the program
+# with `program ARGS`, or write "$INSTALL_RUNNER ./install" where another
+# command (timeout, setpriv, an unshare'd shell) starts it.
+INSTALL_RUNNER=${INSTALL_RUNNER:-}
+export INSTALL_RUNNER
+
+program() { $INSTALL_RUNNER ./install "$@"; }
+
 make_product_dir() {
   PRODUCT_DIR=$(mktemp -d /tmp/install-e2e.XXXXXX)
   cp "$INSTALL_BIN" "$PRODUCT_DIR/install"
@@ -11,6 +20,15 @@ make_product_dir() {
 remove_product_dir() {
   cd /
   [ -n "${PRODUCT_DIR:-}" ] && rm -rf "$PRODUCT_DIR"
+  memcheck_verdict
+}
+
+# Under scripts/memcheck.sh: fails the test when one of its runs (any run
+# started in the product directory) had a memory error or leak.
+memcheck_verdict() {
+  local errors=${INSTALL_MEMCHECK_LOGS:-}/errors
+  [ -n "${INSTALL_MEMCHECK_LOGS:-}" ] && [ -n "${PRODUCT_DIR:-}" ] && [ -f "$errors" ] || return 0
+  ! grep -F "$PRODUCT_DIR" "$errors" || { echo "memcheck found errors, see the logs above"; return 1; }
 }
 
 # The log's stamped line shape: 20 characters of time, two blanks, [pid].
@@ -31,7 +49,7 @@ talk() {
   WANT_FILE="$BATS_TEST_TMPDIR/want"
   : > "$WANT_FILE"
   status=0
-  printf '%s' "$input" | timeout 60 ./install "$@" > "$STDOUT_FILE" 2> "$STDERR_FILE" || status=$?
+  printf '%s' "$input" | timeout 60 $INSTALL_RUNNER ./install "$@" > "$STDOUT_FILE" 2> "$STDERR_FILE" || status=$?
   output=$(cat "$STDOUT_FILE")
 }
 

@@ -32,7 +32,7 @@ teardown() {
 confined() {
     # shellcheck disable=SC2016 # expanded by the inner shell
     unshare -m sh -c 'dir=$1 && shift && mount --make-rprivate / && mount --bind "$dir" "$dir" &&
-        mount -o bind,remount,ro / && cd "$dir" && exec ./install "$@"' confined "$product" "$@"
+        mount -o bind,remount,ro / && cd "$dir" && exec ${INSTALL_RUNNER:-} ./install "$@"' confined "$product" "$@"
 }
 
 @test "an automated install on a host without a web server stays in the product folder" {
@@ -67,7 +67,7 @@ with_web_server() {
         mkdir -p /opt/apache/conf && printf "%s\n" "User root" "Group root" \
             "DocumentRoot \"$dir/www/html\"" "ScriptAlias /cgi-bin/ \"$dir/www/cgi-bin/\"" \
             >/opt/apache/conf/httpd.conf &&
-        mount --bind "$dir" "$dir" && mount -o bind,remount,ro / && cd "$dir" && exec ./install "$@"' \
+        mount --bind "$dir" "$dir" && mount -o bind,remount,ro / && cd "$dir" && exec ${INSTALL_RUNNER:-} ./install "$@"' \
         with_web_server "$product" "$@"
 }
 
