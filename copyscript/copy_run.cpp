@@ -64,7 +64,13 @@ int write_ini(copy_script* script, const char* source, const char* destination) 
     fprintf(out.get(), "%s\n", expanded != nullptr ? expanded : line);
     str_free(&expanded);
   }
-  return ferror(in.get()) ? 0 : 1;
+  if (ferror(in.get())) return 0;
+  FILE* written = out.release();
+  if (!file_finish(&written)) {
+    copy_error("Error writing ini file '%s'", destination);
+    return 0;
+  }
+  return 1;
 }
 
 int rename_path(const char* source, const char* destination) {
@@ -153,6 +159,11 @@ int run_write_file(ini_store* store, const copy_line& line) {
   const char* name = text_of(line.destination);
   const char* value = ini_get(store, name);
   fputs(str_or_empty(value != nullptr ? value : name), out.get());
+  FILE* written = out.release();
+  if (!file_finish(&written)) {
+    copy_error("Failed to write (%s)", str_or_empty(path));
+    return 0;
+  }
   return 1;
 }
 

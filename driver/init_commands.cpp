@@ -93,6 +93,10 @@ void run_write_file(ini_store* store, const init_command& command) {
     return;
   }
   std::fputs(setting_or_literal(store, command.value), out.get());
+  FILE* written = out.release();
+  if (!file_finish(&written)) {
+    log_error("Failed to write (%s), %s", path.c_str(), system_reason().c_str());
+  }
 }
 
 // An empty file gives no text, and the setting is left as it was.

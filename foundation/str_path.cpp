@@ -197,3 +197,14 @@ void file_close(FILE** stream) {
   fclose(*stream);
   *stream = nullptr;
 }
+
+int file_finish(FILE** stream) {
+  if (stream == nullptr || *stream == nullptr) return 0;
+  FILE* file = *stream;
+  *stream = nullptr;
+  bool written = fflush(file) == 0 && ferror(file) == 0;
+  int err = errno;
+  if (fclose(file) != 0) return 0;
+  errno = err;
+  return written ? 1 : 0;
+}

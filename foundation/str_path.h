@@ -35,3 +35,7 @@ char* str_etc_dir(char* buffer, int size);
 // name (null, errno ELOOP) instead of writing where it points.
 FILE* file_open(const char* path, const char* mode);
 void file_close(FILE** stream);
+// Closes a stream that was written to and clears the caller's handle: 1 when
+// everything written reached the file, 0 when a write, the last flush or the
+// close failed (a full disk may show only there; errno tells why). 0 for null.
+int file_finish(FILE** stream);

@@ -121,4 +121,23 @@ TEST_F(FileOpen, WritingModesRefuseALinkAtTheName) {
   EXPECT_EQ(file_open(nullptr, "w"), nullptr);
 }
 
+// A full disk often shows only when the buffer is flushed at the close.
+TEST_F(FileOpen, FinishingTellsWhetherTheWritesReachedTheFile) {
+  FILE* full = file_open("/dev/full", "w");
+  ASSERT_NE(full, nullptr);
+  fputs("lost", full);
+  errno = 0;
+  EXPECT_EQ(file_finish(&full), 0);
+  EXPECT_EQ(errno, ENOSPC);
+  EXPECT_EQ(full, nullptr);
+
+  FILE* kept = file_open(path("kept").c_str(), "w");
+  ASSERT_NE(kept, nullptr);
+  fputs("kept", kept);
+  EXPECT_EQ(file_finish(&kept), 1);
+  EXPECT_EQ(read_file("kept"), "kept");
+  EXPECT_EQ(file_finish(&kept), 0);
+  EXPECT_EQ(file_finish(nullptr), 0);
+}
+
 }  // namespace
