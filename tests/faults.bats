@@ -92,7 +92,7 @@ EOF
   [ ! -s "$STDERR_FILE" ] || { cat "$STDERR_FILE"; return 1; }
   [[ "$output" == *"Error: No space left on device"* ]]
   [[ "$output" == *$'\nSuccess '*' bytes in '*' files copied' ]]
-  [ "$(cat after.txt)" = done ]
+  [ "$(cat after.txt)" = "done" ]
   # Each installed file is whole, unless the log names it as failing.
   local failing copied=0 file
   failing=$(sed -n "s/^.*Error: Error writing to '\(.*\)', No space left on device$/\1/p" install.log)

@@ -9,6 +9,7 @@
 INSTALL_RUNNER=${INSTALL_RUNNER:-}
 export INSTALL_RUNNER
 
+# shellcheck disable=SC2086 # the runner is a command and its arguments
 program() { $INSTALL_RUNNER ./install "$@"; }
 
 make_product_dir() {
@@ -49,6 +50,7 @@ talk() {
   WANT_FILE="$BATS_TEST_TMPDIR/want"
   : > "$WANT_FILE"
   status=0
+  # shellcheck disable=SC2086 # the runner is a command and its arguments
   printf '%s' "$input" | timeout 60 $INSTALL_RUNNER ./install "$@" > "$STDOUT_FILE" 2> "$STDERR_FILE" || status=$?
   output=$(cat "$STDOUT_FILE")
 }
