@@ -2,9 +2,11 @@
 #include "fileops/file_dir.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 #include "fileops/file_ops.h"
 #include "fileops/wild_match.h"
@@ -15,6 +17,9 @@ struct file_listing {
   std::string dir;
   std::string pattern;
   unique_dir stream;
+  // No "\" in dir: joining turns that into "/", naming another directory
+  // than the one the stream reads.
+  bool plain_dir;
 };
 
 namespace {
@@ -25,15 +30,18 @@ bool is_dot_or_dot_dot(const char* name) {
   return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
-// Takes path and its link status into entry and, for a link, its target.
-void fill_entry(file_entry* entry, const char* path, const struct stat& status) {
+// Takes path and its link status into entry and, for a link, its target,
+// read as name relative to the directory dir_fd (AT_FDCWD and the path
+// itself for a lone entry).
+void fill_entry(file_entry* entry, const char* path, const struct stat& status, int dir_fd,
+                const char* name) {
   if (entry->path != path) str_copy(entry->path, path, kPathSize);
   entry->status = status;
   entry->link_target.clear();
   if (!S_ISLNK(status.st_mode)) return;
   char target[kPathSize];
   errno = 0;
-  ssize_t length = readlink(path, target, kPathMax);
+  ssize_t length = readlinkat(dir_fd, name, target, kPathMax);
   if (length < 0) {
     file_error("Error reading symlink '%s'", path);
     entry->link_target = kReadlinkFailed;
@@ -45,7 +53,7 @@ void fill_entry(file_entry* entry, const char* path, const struct stat& status) 
 bool read_status(file_entry* entry) {
   struct stat status {};
   if (lstat(entry->path, &status) != 0) return false;
-  fill_entry(entry, entry->path, status);
+  fill_entry(entry, entry->path, status, AT_FDCWD, entry->path);
   return true;
 }
 
@@ -60,7 +68,8 @@ file_entry* file_dir_open(file_listing** listing, const char* dir, const char* p
     file_error("Error opening dir '%s'", dir);
     return nullptr;
   }
-  auto* opened = new file_listing{dir, pattern, std::move(stream)};
+  auto* opened =
+      new file_listing{dir, pattern, std::move(stream), std::strchr(dir, '\\') == nullptr};
   auto* entry = new file_entry;
   if (!file_dir_next(entry, opened)) {
     delete entry;
@@ -79,8 +88,14 @@ int file_dir_next(file_entry* entry, file_listing* listing) {
     char path[kPathSize];
     struct stat status {};
     if (!file_path_join(path, listing->dir.c_str(), name)) continue;
-    if (lstat(path, &status) != 0) continue;
-    fill_entry(entry, path, status);
+    // Read from the open directory when the joined path names the same entry,
+    // so the path is not walked again for every name.
+    int dir_fd = listing->plain_dir && std::strchr(name, '\\') == nullptr
+                     ? dirfd(listing->stream.get())
+                     : AT_FDCWD;
+    const char* lookup = dir_fd == AT_FDCWD ? path : name;
+    if (fstatat(dir_fd, lookup, &status, AT_SYMLINK_NOFOLLOW) != 0) continue;
+    fill_entry(entry, path, status, dir_fd, lookup);
     return 1;
   }
   return 0;

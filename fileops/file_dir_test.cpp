@@ -49,6 +49,24 @@ TEST_F(FileDir, ListsMatchingEntriesWithTheirOwnLinkStatus) {
   EXPECT_TRUE(list(path("tree"), "*.TXT").empty());
 }
 
+// Joining writes "/" for "\", so the names of a directory called "a\b" are
+// listed under a/b, with the status of whatever stands there.
+TEST_F(FileDir, EntriesTakeTheStatusOfTheirJoinedPath) {
+  ASSERT_EQ(mkdir(path("a\\b").c_str(), 0755), 0);
+  ASSERT_EQ(mkdir(path("a\\b/f").c_str(), 0755), 0);
+  ASSERT_EQ(mkdir(path("a").c_str(), 0755), 0);
+  ASSERT_EQ(mkdir(path("a/b").c_str(), 0755), 0);
+  write_text(path("a/b/f"), "f");
+  file_listing* listing = nullptr;
+  file_entry* entry = file_dir_open(&listing, path("a\\b").c_str(), "*");
+  ASSERT_NE(entry, nullptr);
+  EXPECT_EQ(std::string(file_entry_path(entry)), path("a/b/f"));
+  EXPECT_FALSE(file_entry_is_dir(entry));
+  EXPECT_EQ(file_dir_next(entry, listing), 0);
+  file_entry_free(&entry);
+  file_dir_close(&listing);
+}
+
 TEST_F(FileDir, EmptyOrMissingDirectoriesGiveNoListing) {
   ASSERT_EQ(mkdir(path("empty").c_str(), 0755), 0);
   file_listing* listing = nullptr;

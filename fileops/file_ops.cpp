@@ -6,6 +6,7 @@
 #include <grp.h>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -66,6 +67,45 @@ unique_fd open_source(const char* path) {
   return fd;
 }
 
+// fchmodat2, the kernel's own "change a mode without following a link",
+// where the C library does not call it yet: one system call where the
+// library's fchmodat opens the path, checks it and changes the mode through
+// /proc. The number is the same on every architecture listed.
+#if defined(SYS_fchmodat2)
+constexpr long kFchmodat2 = SYS_fchmodat2;
+#elif defined(__x86_64__) || defined(__aarch64__) || defined(__riscv)
+constexpr long kFchmodat2 = 452;
+#else
+constexpr long kFchmodat2 = -1;
+#endif
+bool g_fchmodat2_missing = kFchmodat2 < 0;
+
+// fchmodat(AT_SYMLINK_NOFOLLOW): 0 or -1 with errno, EOPNOTSUPP for a link.
+// A kernel without the call says ENOSYS; a system-call filter that does not
+// know it may say EPERM instead, so the library's way is asked then too (a
+// real EPERM comes back from it the same).
+int chmod_no_follow(const char* path, mode_t mode) {
+  if (!g_fchmodat2_missing) {
+    if (syscall(kFchmodat2, AT_FDCWD, path, mode, AT_SYMLINK_NOFOLLOW) == 0) return 0;
+    if (errno != ENOSYS && errno != EPERM) return -1;
+    if (errno == ENOSYS) g_fchmodat2_missing = true;
+    errno = 0;
+  }
+  return fchmodat(AT_FDCWD, path, mode, AT_SYMLINK_NOFOLLOW);
+}
+
+constexpr int kWriteFlags = O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW;
+
+// Creates destination when nothing stands at its name. A file made here is
+// new, so it cannot be the source, and nothing was there to keep: the checks
+// for those cases are left to the callers that found something.
+unique_fd create_new(const char* destination) {
+  int saved = errno;
+  unique_fd out(open(destination, kWriteFlags | O_EXCL, 0666));
+  errno = saved;
+  return out;
+}
+
 bool write_all(int fd, const char* data, size_t size) {
   while (size > 0) {
     ssize_t written = write(fd, data, size);
@@ -97,13 +137,13 @@ bool copy_stream(int source, int destination, const char* source_path,
   }
 }
 
-// Copies between opened ends; the destination's close is checked too, since
-// a full disk may only show there. A link at the destination's name is never
+// Copies between opened ends (the destination is opened here unless out
+// already holds it); the destination's close is checked too, since a full
+// disk may only show there. A link at the destination's name is never
 // written through (the open fails with ELOOP): the tree being installed into
 // may have been planted by a less trusted account.
-bool copy_contents(const char* source, const char* destination, unsigned* bytes) {
-  unique_fd out(open(destination,
-                     O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW, 0666));
+bool copy_contents(const char* source, const char* destination, unsigned* bytes, unique_fd out) {
+  if (!out) out.reset(open(destination, kWriteFlags | O_TRUNC, 0666));
   if (!out) {
     file_error("Error opening '%s' for write", destination);
     return false;
@@ -167,6 +207,12 @@ int file_copy(const char* source, const char* destination, int overwrite, unsign
     report(false, source, destination, 1);
     return k_fail;
   }
+  unique_fd fresh = create_new(destination);
+  if (fresh) {
+    bool copied = copy_contents(source, destination, bytes, std::move(fresh));
+    report(copied, source, destination, 1);
+    return copied ? k_ok : k_fail;
+  }
   if (same_file(source, destination)) {
     log_error("Error copying '%s' to '%s', the same file", source, destination);
     report(false, source, destination, 1);
@@ -174,7 +220,7 @@ int file_copy(const char* source, const char* destination, int overwrite, unsign
   }
   if (overwrite == 0 && readable(destination)) return k_skipped;
   errno = 0;
-  bool copied = copy_contents(source, destination, bytes);
+  bool copied = copy_contents(source, destination, bytes, unique_fd());
   report(copied, source, destination, 1);
   return copied ? k_ok : k_fail;
 }
@@ -200,7 +246,7 @@ int file_chmod(const char* path, int mode) {
   if (path == nullptr) return k_fail;
   errno = 0;
   auto new_mode = static_cast<mode_t>(mode);
-  if (fchmodat(AT_FDCWD, path, new_mode, AT_SYMLINK_NOFOLLOW) == 0) return k_ok;
+  if (chmod_no_follow(path, new_mode) == 0) return k_ok;
   if (errno == EOPNOTSUPP) {
     // Refused for a link (it has no mode of its own), or the system cannot
     // change a mode without following links: then decide by the link status.
