@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the sanitizer build (AddressSanitizer + UndefinedBehaviorSanitizer,
 # leak detection on, halting on the first error) and runs every unit and
-# end-to-end test through ctest.
+# end-to-end test through ctest; then builds the fuzz targets (clang) and
+# replays each over its seed corpus for a fixed number of inputs.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/deps.sh
@@ -10,3 +11,7 @@ cmake --build build-asan -j"$(nproc)"
 export ASAN_OPTIONS=detect_leaks=1:halt_on_error=1:abort_on_error=1:strict_string_checks=1
 export UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
 ctest --test-dir build-asan --output-on-failure -j"$(nproc)"
+CC=clang CXX=clang++ cmake -S . -B build-fuzz -DINSTALL_FUZZ=ON \
+  -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build build-fuzz -j"$(nproc)"
+ctest --test-dir build-fuzz --output-on-failure -j"$(nproc)"
