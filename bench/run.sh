@@ -39,14 +39,13 @@ if [ "${1:-}" != --inside ]; then
   scripts/deps.sh
   cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
   cmake --build "$build" -j2 --target installer >/dev/null
+  g++ -std=c++20 -O2 -Wall -Wextra -Werror -o "$build/copy_chunks" bench/copy_chunks.cpp
   scratch=$(mktemp -d /tmp/install-bench.XXXXXX)
   trap 'cd /; rm -rf "$scratch"' EXIT
-  if [ "$fs" = tmpfs ]; then
-    unshare -m --propagation private "$0" --inside "$scratch"
-  else
-    "$0" --inside "$scratch"
-  fi
-  exit
+  inner=("$0" --inside "$scratch")
+  [ "$fs" != tmpfs ] || inner=(unshare -m --propagation private "${inner[@]}")
+  "${inner[@]}" || { echo "bench/run.sh: the measurement stopped" >&2; exit 1; }
+  exit 0
 fi
 scratch=$2
 if [ "$fs" = tmpfs ]; then mount -t tmpfs -o size=8g,mode=0700 install-bench "$scratch"; fi
@@ -177,7 +176,54 @@ measure_tree() {
   user_median[$name]=$(awk '{ print $1 }' "$prog_times.cpu" | median)
   sys_median[$name]=$(awk '{ print $2 }' "$prog_times.cpu" | median)
   if [ "$name" = small10k ] && [ "$profile" = 1 ]; then profile_tree "$product" "$source" "$base_dest"; fi
+  if [ "$name" != large ] && [ "$profile" = 1 ]; then count_instructions "$name" "$product"; fi
+  if [ "$name" = large ]; then measure_chunks "$source/tree"; fi
   rm -rf "$source" "$product" "$base_dest"
+}
+
+# ---- the floor of 8,192-byte chunks ------------------------------------------
+
+declare -A chunk_median
+
+# The large tree copied by bench/copy_chunks.cpp three ways, alternating.
+measure_chunks() {
+  local source=$1 dest=$scratch/chunks way i
+  for ((i = 0; i <= runs; i++)); do
+    for way in read-write range-chunk range-whole; do
+      rm -rf "$dest"; mkdir "$dest"
+      # The first round warms up and is not counted.
+      if [ "$i" -eq 0 ]; then
+        "$build/copy_chunks" "$way" "$source" "$dest" > /dev/null
+      else
+        "$build/copy_chunks" "$way" "$source" "$dest" >> "$scratch/chunks-$way"
+      fi
+    done
+  done
+  rm -rf "$dest"
+  for way in read-write range-chunk range-whole; do
+    chunk_median[$way]=$(median < "$scratch/chunks-$way")
+  done
+}
+
+# ---- instructions per file ---------------------------------------------------
+
+declare -A instructions
+
+# The program's own instructions (user space, callgrind) for one install:
+# what it adds per file, free of the kernel and of the machine's load.
+count_instructions() {
+  local name=$1 product=$2
+  command -v valgrind > /dev/null || return 0
+  rm -rf "$product/dest" "$product"/install.log*
+  (cd "$product" && valgrind --tool=callgrind --callgrind-out-file="$scratch/callgrind-$name.out" \
+    ./install -automate > /dev/null 2> "$scratch/callgrind-$name.log")
+  instructions[$name]=$(awk '/Collected :/ { print $NF }' "$scratch/callgrind-$name.log")
+  if [ "$name" = small10k ] && command -v callgrind_annotate > /dev/null; then
+    profile_text+=$'\n### The program\'s own instructions, 10,000-file tree (`callgrind_annotate`, top functions)\n\n```\n'
+    profile_text+=$(callgrind_annotate "$scratch/callgrind-$name.out" 2> /dev/null |
+      grep -E '^ *[0-9,]+ +\([ 0-9.]+%\) ' | sed 's/ \[.*\]$//' | head -12 || true)
+    profile_text+=$'\n```\n'
+  fi
 }
 
 # ---- profile of the 10,000-file tree ---------------------------------------
@@ -195,7 +241,7 @@ profile_tree() {
     strace -c -f -o "$out/strace-baseline.txt" sh -c \
       'cp -r "$1" "$2/" && chown -R "$3" "$2/tree" && chmod -R "$4" "$2/tree"' \
       sh "$source/tree" "$base_dest" "$owner" "$mode"
-    profile_text+=$'\n### System calls, 10,000-file tree (`strace -c -f`)\n\nProgram:\n\n```\n'
+    profile_text+=$'\n### System calls, 10,000-file tree (`strace -c -f`)\n\nProgram (strace 6.1 leaves out the calls it does not know: the program\'s\n`fchmodat2`, one per entry of the `Chmod` line, is not counted):\n\n```\n'
     profile_text+=$(head -22 "$out/strace-program.txt")
     profile_text+=$'\n```\n\nBaseline (`cp -r`, `chown -R`, `chmod -R`):\n\n```\n'
     profile_text+=$(head -22 "$out/strace-baseline.txt")
@@ -228,6 +274,7 @@ load_after=$(uptime)
 fmt_s() { awk -v us="$1" 'BEGIN { printf "%.3f", us / 1e6 }'; }
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", a / b }'; }
 verdict() { awk -v r="$1" -v t="$2" 'BEGIN { print (r <= t ? "met" : "missed") }'; }
+per_file_count() { [ -n "$1" ] && awk -v c="$1" -v n="$2" 'BEGIN { printf "%.0f", c / n }' || echo "-"; }
 per_file() { awk -v us="$1" -v n="$2" 'BEGIN { printf "%.1f", us / n }'; }
 
 {
@@ -249,7 +296,7 @@ per_file() { awk -v us="$1" -v n="$2" 'BEGIN { printf "%.1f", us / n }'; }
   echo "| kernel | $(uname -sr) |"
   echo "| /tmp | $(findmnt -n -o FSTYPE,OPTIONS --target /tmp | awk '{ print $1 " (" $2 ")" }') |"
   echo "| scratch directory (trees and destinations) | $scratch_fs under /tmp |"
-  echo "| cp | $(cp --version | head -1) |"
+  echo "| cp | $(cp --version | sed -n 1p) |"
   echo "| load before | ${load_before#*load average: } |"
   echo "| load after | ${load_after#*load average: } |"
   echo
@@ -270,13 +317,33 @@ per_file() { awk -v us="$1" -v n="$2" 'BEGIN { printf "%.1f", us / n }'; }
     echo "## Time per file"
     echo
     echo "Wall time, and the program's own processor time split into user and"
-    echo "system (medians of \`/usr/bin/time\`, 10 ms resolution)."
+    echo "system (medians of \`/usr/bin/time\`, 10 ms resolution), and the instructions"
+    echo "the program itself executes (callgrind, one run; start-up included)."
     echo
-    echo "| files | program (µs/file) | program user (µs/file) | program system (µs/file) | baseline (µs/file) |"
-    echo "|---:|---:|---:|---:|---:|"
+    echo "| files | program (µs/file) | program user (µs/file) | program system (µs/file) | baseline (µs/file) | program instructions per file |"
+    echo "|---:|---:|---:|---:|---:|---:|"
     for name in $scaling; do
       n=$(tree_count "$name")
-      echo "| $n | $(per_file "${prog_median[$name]}" "$n") | $(per_file "${user_median[$name]}" "$n") | $(per_file "${sys_median[$name]}" "$n") | $(per_file "${base_median[$name]}" "$n") |"
+      echo "| $n | $(per_file "${prog_median[$name]}" "$n") | $(per_file "${user_median[$name]}" "$n") | $(per_file "${sys_median[$name]}" "$n") | $(per_file "${base_median[$name]}" "$n") | $(per_file_count "${instructions[$name]:-}" "$n") |"
+    done
+  fi
+  if [ -n "${chunk_median[read-write]:-}" ]; then
+    echo
+    echo "## The floor for 8 MiB files"
+    echo
+    echo "The program copies in 8,192-byte chunks (documented), cp with one"
+    echo "\`copy_file_range\` per file. \`bench/copy_chunks.cpp\` copies the 8 MiB tree"
+    echo "with nothing else around the copy loop (medians of $runs runs):"
+    echo
+    echo "| copy loop | time (s) | against whole-file copy_file_range |"
+    echo "|---|---:|---:|"
+    for way in read-write range-chunk range-whole; do
+      case $way in
+        read-write) label="read + write, 8,192 bytes (the program's loop)" ;;
+        range-chunk) label="copy_file_range, 8,192 bytes" ;;
+        range-whole) label="copy_file_range, whole file (cp)" ;;
+      esac
+      echo "| $label | $(fmt_s "${chunk_median[$way]}") | $(ratio "${chunk_median[$way]}" "${chunk_median[range-whole]}") |"
     done
   fi
   if [ -n "$profile_text" ]; then
