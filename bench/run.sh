@@ -241,7 +241,11 @@ profile_tree() {
     strace -c -f -o "$out/strace-baseline.txt" sh -c \
       'cp -r "$1" "$2/" && chown -R "$3" "$2/tree" && chmod -R "$4" "$2/tree"' \
       sh "$source/tree" "$base_dest" "$owner" "$mode"
-    profile_text+=$'\n### System calls, 10,000-file tree (`strace -c -f`)\n\nProgram (strace 6.1 leaves out the calls it does not know: the program\'s\n`fchmodat2`, one per entry of the `Chmod` line, is not counted):\n\n```\n'
+    profile_text+=$'\n### System calls, 10,000-file tree (`strace -c -f`)\n\nProgram'
+    if ! grep -q fchmodat2 "$out/strace-program.txt"; then
+      profile_text+=$' (this strace leaves out the calls it does not know: the\nprogram\'s `fchmodat2`, one per entry of the `Chmod` line, is not counted)'
+    fi
+    profile_text+=$':\n\n```\n'
     profile_text+=$(head -22 "$out/strace-program.txt")
     profile_text+=$'\n```\n\nBaseline (`cp -r`, `chown -R`, `chmod -R`):\n\n```\n'
     profile_text+=$(head -22 "$out/strace-baseline.txt")
@@ -251,12 +255,17 @@ profile_tree() {
     rm -rf "$product/dest" "$product"/install.log*
     if (cd "$product" && perf record -q -e cpu-clock -F 4999 -g -o "$out/perf.data" \
           ./install -automate > /dev/null 2>&1); then
-      # Self time by function, then time by system call (children included).
+      # Time by object (kernel or program), self time by function, then time
+      # by system call (children included).
+      perf report -i "$out/perf.data" --no-children --sort dso --stdio -g none 2> /dev/null |
+        grep -v -e '^#' -e '^$' | sed 's/ *- *- *$//' | head -4 > "$out/perf-dso.txt" || true
       perf report -i "$out/perf.data" --no-children --sort dso,symbol --stdio -g none \
         2> /dev/null | grep -v -e '^#' -e '^$' | sed 's/ *- *- *$//' | head -15 > "$out/perf.txt" || true
       perf report -i "$out/perf.data" --children --sort symbol --stdio -g none 2> /dev/null |
         grep -E '__x64_sys_|__do_sys_|ksys_' | sed 's/ *- *- *$//' | head -16 > "$out/perf-syscalls.txt" || true
-      profile_text+=$'\n### Where the program spends its time, 10,000-file tree (`perf record -e cpu-clock -g`)\n\nSelf time by function:\n\n```\n'
+      profile_text+=$'\n### Where the program spends its time, 10,000-file tree (`perf record -e cpu-clock -g`)\n\nBy object:\n\n```\n'
+      profile_text+=$(cat "$out/perf-dso.txt")
+      profile_text+=$'\n```\n\nSelf time by function:\n\n```\n'
       profile_text+=$(cat "$out/perf.txt")
       profile_text+=$'\n```\n\nBy system call (total, self):\n\n```\n'
       profile_text+=$(cat "$out/perf-syscalls.txt")
