@@ -21,8 +21,9 @@ struct stat lstat_of(const std::string& path) {
 }
 
 TEST_F(FileOps, CopyStreamsEveryChunkAndOverwritesOnlyWhenAsked) {
-  std::string content(20000, 'x');
+  std::string content(300000, 'x');  // more than two stream buffers
   content[8191] = 'y';
+  content[131072] = 'w';
   content.back() = 'z';
   write_text(path("src"), content);
   write_text(path("dst"), "old");
@@ -31,7 +32,7 @@ TEST_F(FileOps, CopyStreamsEveryChunkAndOverwritesOnlyWhenAsked) {
   EXPECT_EQ(read_text(path("dst")), "old");
   EXPECT_EQ(file_copy(path("src").c_str(), path("dst").c_str(), 1, &bytes), 1);
   EXPECT_EQ(read_text(path("dst")), content);
-  EXPECT_EQ(bytes, 20005u);
+  EXPECT_EQ(bytes, 300005u);
   EXPECT_EQ(steps(), step_list{"done src dst 1"});
 }
 
