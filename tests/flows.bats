@@ -60,9 +60,7 @@ Chown    $(web_root)/$(app_dir)/logs  -  $(log_owner)
 EOF
   printf 'Installed in $(web_root)/$(app_dir)\n' > blurb.txt
   talk "1"$'\n'"$PRODUCT_DIR/www/"$'\n\n\nMy board\nn\n\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
+  want_opening
   want $'[Install]\n' "Document root [$PRODUCT_DIR/default-root]? "
   want 'Folder for the board [widget]? ' 'Owner of the pages [www-data]? '
   want 'Title [Widget board]? ' 'Do you want to change your answers [n]? '
@@ -110,9 +108,7 @@ WFile    $(web_root)/$(app_dir)/VERSION  version
 EOF
   printf 'Shown after an install only\n' > blurb.txt
   talk $'2\n\n'"$PRODUCT_DIR/www"$'\n\nn\n\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
+  want_opening
   want $'[Upgrade]\nDocument root [/nowhere]? '
   want $'Error: Directory \'/nowhere\' must exist, No such file or directory, please try again\n'
   want 'Document root [/nowhere]? Folder of the board [widget]? '
@@ -139,9 +135,7 @@ RmFile $(web_root)/missing-*   -
 RmFile $(web_root)/*.txt       -
 EOF
   talk $'3\n\nn\n\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
+  want_opening
   want $'[Remove]\n' "Document root [$PRODUCT_DIR/www]? "
   want 'Do you want to change your answers [n]? '
   # widget holds index.html, conf.ini and sub/ with two files: 6 removed
@@ -170,9 +164,7 @@ WFile $(current_dir)/second.txt second
 WFile $(current_dir)/third.txt  third
 EOF
   talk $'1\nb\nant\nb\nape\nbee\nB\nbat\ncat\nn\n\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
+  want_opening
   want $'[Install]\n'
   want 'First [one]? First [one]? Second [two]? First [ant]? Second [two]? '
   want 'Third [three]? Second [bee]? Third [three]? '
@@ -190,9 +182,7 @@ EOF
   printf '[install]\nText colour - - 1 Colour\nText size - - 2 Size\n' > install.q
   printf '[install]\nWFile $(current_dir)/pick.txt colour\n' > install.cpy
   talk $'1\nblue\n\nyes\n\nlarge\nn\n\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
+  want_opening
   want $'[Install]\nColour [red]? Size [small]? Do you want to change your answers [n]? '
   want 'Colour [blue]? Size [small]? Do you want to change your answers [n]? '
   want $'Copying files[]\nSuccess 0 bytes in 1 files copied\n'
@@ -247,9 +237,7 @@ EOF
   mkdir src
   printf 'Read the manual\n' > blurb.txt
   talk $'1\n\n\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
+  want_opening
   want $'[Install]\nDo you want to change your answers [n]? '
   want $'Copying files[]\nFailed, \nRead the manual\n'
   want_press_enter
@@ -269,9 +257,7 @@ CopyFile $(current_dir)/src/a.txt  -  $(current_dir)/out
 CopyFile $(current_dir)/src/b.txt  -  $(current_dir)/out
 EOF
   talk $'1\n\n\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
+  want_opening
   want $'[Install]\nDo you want to change your answers [n]? '
   want $'Copying files[.\nError: Is a directory\n]\nFailed, '
   want_press_enter
@@ -287,18 +273,14 @@ EOF
     rm -f install.q install.log
     [ "$questions" = none ] || printf "$questions" > install.q
     talk $'1\n\n'
-    want_banner Widget
-    want_menu Widget
-    want_choice_prompt 1
+    want_opening
     want $'[Install]\n\nBlurb text\n'
     want_press_enter
     check_dialogue
     log_has Error "Error loading questions"
 
     talk $'2\n\n'
-    want_banner Widget
-    want_menu Widget
-    want_choice_prompt 1
+    want_opening
     want $'[Upgrade]\n'
     want_press_enter
     check_dialogue
@@ -314,9 +296,7 @@ EOF
     rm -f install.cpy
     [ "$script" = none ] || printf "$script" > install.cpy
     talk $'1\n\n\n'
-    want_banner Widget
-    want_menu Widget
-    want_choice_prompt 1
+    want_opening
     want $'[Install]\nDo you want to change your answers [n]? \nBlurb text\n'
     want_press_enter
     check_dialogue
@@ -336,9 +316,7 @@ EOF
   printf 'Blurb text\n' > blurb.txt
   while IFS='|' read -r choice heading message blurb; do
     talk "$choice"$'\n\n'
-    want_banner Widget
-    want_menu Widget
-    want_choice_prompt 1
+    want_opening
     want "[$heading]"$'\n' "Error: $message"$'\n'
     [ -z "$blurb" ] || want $'\n' "$blurb"$'\n'
     want_press_enter

@@ -17,31 +17,24 @@ remove_doomed_product() {
   touch doomed.txt
 }
 
-@test "the banner and the menu name the product; 4 ends the run" {
+@test "the banner and the menu name the product; 4 or end of input ends the run" {
+  printf '[install]\n' > install.q
+  printf '[install]\nWFile $(current_dir)/ran.txt yes\n' > install.cpy
   for product in "Widget 2.0" ""; do
     if [ -n "$product" ]; then
       printf 'product %s\n' "$product" > install.dat
     else
       : > install.dat
     fi
-    talk $'4\n\n'
-    want_banner "${product:-NONAME}"
-    want_menu "${product:-NONAME}"
-    want_choice_prompt 1
-    want_press_enter
-    check_dialogue
+    for input in $'4\n\n' ''; do
+      talk "$input"
+      want_banner "${product:-NONAME}"
+      want_menu "${product:-NONAME}"
+      want_choice_prompt 1
+      want_press_enter
+      check_dialogue
+    done
   done
-}
-
-@test "end of input at the menu runs nothing and ends with status 0" {
-  printf '[install]\n' > install.q
-  printf '[install]\nWFile $(current_dir)/ran.txt yes\n' > install.cpy
-  talk ''
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
-  want_press_enter
-  check_dialogue
   [ ! -e ran.txt ]
 }
 
@@ -52,12 +45,9 @@ remove_doomed_product() {
   printf -v long_line '%1500s' 1
   for choice in abc 0 7 -1 5 '#1' "${long_line// /x}"; do
     talk "$choice"$'\n4\n\n'
-    want_banner Widget
-    want_menu Widget
-    want_choice_prompt 1
+    want_opening
     want "That is not a recognised option, please try again"
-    want_menu Widget
-    want_choice_prompt 1
+    want_menu_again
     want_press_enter
     check_dialogue
   done
@@ -68,9 +58,7 @@ remove_doomed_product() {
   for choice in ' 3 ' 3abc $'\t3'; do
     remove_doomed_product
     talk "$choice"$'\n\n\n'
-    want_banner Widget
-    want_menu Widget
-    want_choice_prompt 1
+    want_opening
     want $'[Remove]\nDo you want to change your answers [n]? '
     want $'Removing files[]\n Success 1 files removed\n'
     want_press_enter
@@ -86,9 +74,7 @@ remove_doomed_product() {
     printf 'product Widget\n%s\n' "$dat_line" > install.dat
     printf '%b' "$int_lines" > install.int
     talk $'\n\n'
-    want_banner Widget
-    want_menu Widget
-    want_choice_prompt "$default"
+    want_opening "$default"
     want "[$heading]"$'\n'
     want_press_enter
     check_dialogue
@@ -109,40 +95,35 @@ next upgrade|Exist $(current_dir)/none.txt found - -\nCopy action next found tru
 EOF
 }
 
-@test "the default choice is fixed before the first pass" {
-  printf 'product Widget\nnext upgrade\nname\n' > install.dat
-  printf '[install]\nCopy action - - 1 next\nText name - - 2 Your name\n' > install.q
-  talk $'\nq\n4\n\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
-  want $'[Install]\nYour name []? '
-  want_menu Widget
-  want_choice_prompt 1
-  want_press_enter
-  check_dialogue
-}
-
-@test "q in the questions of any action brings the menu back without copying" {
-  printf 'product Widget\nname anon\n' >> install.dat
-  for section in install upgrade remove; do
-    printf '[%s]\nText name - - 1 Your name\n' "$section" >> install.q
-    printf '[%s]\nWFile $(current_dir)/ran.txt name\n' "$section" >> install.cpy
-  done
-  local choice=1
-  for heading in Install Upgrade Remove; do
-    talk "$choice"$'\nQ\n4\n\n'
-    want_banner Widget
-    want_menu Widget
-    want_choice_prompt 1
+# Each row: input | heading. The install questions set action to upgrade
+# on the way, yet the menu's default stays 1: it is fixed before the first pass.
+@test "q or end of input in the questions of any action brings the menu back without copying" {
+  printf 'next upgrade\nname anon\n' >> install.dat
+  cat > install.q <<'EOF'
+[install]
+Copy action - - 1 next
+Text name   - - 2 Your name
+[upgrade]
+Text name - - 1 Your name
+[remove]
+Text name - - 1 Your name
+EOF
+  printf '[%s]\nWFile $(current_dir)/ran.txt name\n' install upgrade remove > install.cpy
+  while IFS='|' read -r input heading; do
+    printf -v input '%b' "$input"
+    talk "$input"
+    want_opening
     want "[$heading]"$'\nYour name [anon]? '
-    want_menu Widget
-    want_choice_prompt 1
+    want_menu_again
     want_press_enter
     check_dialogue
     [ ! -e ran.txt ]
-    choice=$((choice + 1))
-  done
+  done <<'EOF'
+\nq\n4\n\n|Install
+2\nQ\n4\n\n|Upgrade
+3\nQ\n4\n\n|Remove
+1\n|Install
+EOF
 }
 
 @test "after a quit the install can be started again; quit is an ordinary answer" {
@@ -151,12 +132,9 @@ EOF
   printf '[install]\nWFile $(current_dir)/name.txt name\n' > install.cpy
   printf '  Thanks, $(name).  \n' > blurb.txt
   talk $'1\nq\n1\nquit\nn\n\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
+  want_opening
   want $'[Install]\nYour name [anon]? '
-  want_menu Widget
-  want_choice_prompt 1
+  want_menu_again
   want $'[Install]\nYour name [anon]? Do you want to change your answers [n]? '
   want $'Copying files[]\nSuccess 0 bytes in 1 files copied\n'
   want $'\nThanks, quit.\n'
@@ -165,30 +143,13 @@ EOF
   [ "$(cat name.txt)" = quit ]
 }
 
-@test "end of input inside the questions quits the action, then ends the run" {
-  printf '[install]\nText name - - 1 Your name\n' > install.q
-  printf '[install]\nWFile $(current_dir)/ran.txt yes\n' > install.cpy
-  talk $'1\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
-  want $'[Install]\nYour name []? '
-  want_menu Widget
-  want_choice_prompt 1
-  want_press_enter
-  check_dialogue
-  [ ! -e ran.txt ]
-}
-
 @test "blurb.txt is shown after an install, trimmed, with settings substituted" {
   printf 'install_dir /srv/widget\n' >> install.dat
   printf '[install]\n' > install.q
   printf '[install]\nExist $(current_dir) here\n' > install.cpy
   printf '   Installed in $(install_dir)\t\n\nOn $(host), from $(current_dir)$(no_such_setting).\n' > blurb.txt
   talk $'1\n\n\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
+  want_opening
   want $'[Install]\nDo you want to change your answers [n]? '
   want $'Copying files[]\nSuccess 0 bytes in 1 files copied\n'
   want $'\nInstalled in /srv/widget\n\n' "On $(hostname), from $PRODUCT_DIR."$'\n'
@@ -205,9 +166,7 @@ EOF
   done
   rm blurb.txt
   talk $'1\n\n\n'
-  want_banner Widget
-  want_menu Widget
-  want_choice_prompt 1
+  want_opening
   want $'[Install]\nDo you want to change your answers [n]? '
   want_press_enter
   check_dialogue

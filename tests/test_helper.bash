@@ -75,11 +75,22 @@ want_choice_prompt() { want $'\nWhat would you like to do['"$1"']? '; }
 
 want_press_enter() { want $'\n<Press enter to exit>'; }
 
+# want_opening [DEFAULT]: Widget's banner, its menu and the choice prompt.
+want_opening() { want_banner Widget; want_menu Widget; want_choice_prompt "${1:-1}"; }
+
+# The menu again, after an action ended early.
+want_menu_again() { want_menu Widget; want_choice_prompt 1; }
+
+# The run ended with status 0 and nothing on standard error.
+ran_cleanly() {
+  [ "$status" -eq 0 ] || { echo "status $status"; cat "$STDERR_FILE"; return 1; }
+  [ ! -s "$STDERR_FILE" ] || { cat "$STDERR_FILE"; return 1; }
+}
+
 # The run ended with status 0, nothing on standard error (sanitizer
 # reports land there), and standard output exactly as wanted.
 check_dialogue() {
-  [ "$status" -eq 0 ] || { echo "status $status"; cat "$STDERR_FILE"; return 1; }
-  [ ! -s "$STDERR_FILE" ] || { cat "$STDERR_FILE"; return 1; }
+  ran_cleanly || return 1
   diff -u "$WANT_FILE" "$STDOUT_FILE"
 }
 
