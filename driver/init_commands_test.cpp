@@ -1,24 +1,18 @@
 #include "driver/init_commands.h"
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "environment/httpd_conf.h"
+#include "foundation/test_scratch.h"
 
 namespace {
 
-class InitCommandsTest : public ::testing::Test {
+class InitCommandsTest : public scratch_test {
  protected:
   void SetUp() override {
-    char pattern[] = "/tmp/init_commands_test.XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir_ = pattern;
-    std::vector<std::string> candidates{dir_ + "/httpd.conf"};
+    scratch_test::SetUp();
+    std::vector<std::string> candidates{path("httpd.conf")};
     httpd_conf_set_candidates(&candidates);
     httpd_conf_reset_cache();
   }
@@ -26,8 +20,7 @@ class InitCommandsTest : public ::testing::Test {
     ini_destroy(&store_);
     httpd_conf_set_candidates(nullptr);
     httpd_conf_reset_cache();
-    std::error_code ignored;
-    std::filesystem::remove_all(dir_, ignored);
+    scratch_test::TearDown();
   }
 
   // Runs the init lines against a fresh store; returns what they printed.
@@ -37,9 +30,9 @@ class InitCommandsTest : public ::testing::Test {
     const ini_setting_def defs[] = {
         {"action", action, 0}, {"root", dir_.c_str(), 0}, {"flag", "false", 0}, {nullptr, nullptr, 0}};
     ini_setup(store_, defs, nullptr, 1);
-    write("install.int", lines);
+    write_file("install.int", lines);
     init_list* list = init_list_create();
-    EXPECT_EQ(init_load(list, (dir_ + "/install.int").c_str()), 1);
+    EXPECT_EQ(init_load(list, path("install.int").c_str()), 1);
     testing::internal::CaptureStdout();
     run_init_commands(store_, list);
     init_list_free(&list);
@@ -49,11 +42,6 @@ class InitCommandsTest : public ::testing::Test {
     const char* value = ini_get(store_, name);
     return value == nullptr ? "(none)" : value;
   }
-  void write(const std::string& name, const std::string& text) {
-    std::ofstream(dir_ + "/" + name, std::ios::binary) << text;
-  }
-
-  std::string dir_;
   ini_store* store_ = nullptr;
 };
 
@@ -77,7 +65,7 @@ TEST_F(InitCommandsTest, Conditions) {
 }
 
 TEST_F(InitCommandsTest, WebServerCommandsSetValueOrFailureFlag) {
-  write("httpd.conf", "User root\nGroup root\nDocumentRoot \"/srv/www\"\n");
+  write_file("httpd.conf", "User root\nGroup root\nDocumentRoot \"/srv/www\"\n");
   std::string printed =
       run("HTTP_User user flag - -\nHTTP_Group group flag - -\nHTTP_Root root_dir flag - -\n"
           "HTTP_Scripts cgi_dir cgi_failed - -\nCopy after yes - -\n");

@@ -1,25 +1,16 @@
 #include "environment/init_file.h"
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <filesystem>
-#include <fstream>
 #include <sstream>
+
+#include "foundation/test_scratch.h"
 
 namespace {
 
-class InitFileTest : public ::testing::Test {
+class InitFileTest : public scratch_test {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/init_file_test.XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir_ = pattern;
-  }
   void TearDown() override {
     init_list_free(&list_);
-    std::error_code ignored;
-    std::filesystem::remove_all(dir_, ignored);
+    scratch_test::TearDown();
   }
 
   // Loads text into a fresh list; each record as "type name value cond_name
@@ -27,8 +18,8 @@ class InitFileTest : public ::testing::Test {
   std::string load(const std::string& text) {
     init_list_free(&list_);
     list_ = init_list_create();
-    std::ofstream(dir_ + "/install.int", std::ios::binary) << text;
-    EXPECT_EQ(init_load(list_, (dir_ + "/install.int").c_str()), 1);
+    write_file("install.int", text);
+    EXPECT_EQ(init_load(list_, path("install.int").c_str()), 1);
     std::ostringstream out;
     for (init_command* c = init_first(list_, 0); c != nullptr; c = init_next(list_)) {
       out << std::hex << c->type << ' ' << c->name << ' ' << c->value << ' '
@@ -37,7 +28,6 @@ class InitFileTest : public ::testing::Test {
     return out.str();
   }
 
-  std::string dir_;
   init_list* list_ = nullptr;
 };
 
@@ -74,7 +64,7 @@ TEST_F(InitFileTest, LinesAreReadIn999CharacterPieces) {
 
 TEST_F(InitFileTest, UnreadableFileKeepsListAndSetsError) {
   load("Copy a b - -\n");
-  std::string missing = dir_ + "/missing.int";
+  std::string missing = path("missing.int");
   EXPECT_EQ(init_load(list_, missing.c_str()), 0);
   EXPECT_EQ(std::string(init_last_error()),
             "Failed to read '" + missing + "', No such file or directory");
