@@ -1,12 +1,10 @@
 #include "environment/httpd_conf.h"
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
+
+#include "foundation/test_scratch.h"
 
 namespace {
 
@@ -22,27 +20,23 @@ std::string request(Want want) {
   return ok ? value : std::string("ERR:") + error;
 }
 
-class HttpdConfTest : public ::testing::Test {
+class HttpdConfTest : public scratch_test {
  protected:
   void SetUp() override {
-    char pattern[] = "/tmp/httpd_conf_test.XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir_ = pattern;
-    candidates_ = {dir_ + "/first.conf", dir_ + "/second.conf"};
+    scratch_test::SetUp();
+    candidates_ = {path("first.conf"), path("second.conf")};
     httpd_conf_set_candidates(&candidates_);
     httpd_conf_reset_cache();
   }
   void TearDown() override {
     httpd_conf_set_candidates(nullptr);
     httpd_conf_reset_cache();
-    std::error_code ignored;
-    std::filesystem::remove_all(dir_, ignored);
+    scratch_test::TearDown();
   }
   void put(int index, const std::string& text) {
     std::ofstream(candidates_[index], std::ios::binary) << text;
   }
 
-  std::string dir_;
   std::vector<std::string> candidates_;
 };
 
