@@ -11,6 +11,13 @@ setup() {
 }
 
 # Each check prints the offending lines; an empty output passes.
+# none_found LABEL CHECK [ARGS...]: runs the check, failing on any output.
+none_found() {
+    local label=$1
+    shift
+    run "$@"
+    [ -z "$output" ] || { echo "$label$output"; false; }
+}
 
 controls_used() {
     section_lines "$PRODUCT_DIR/install.q" |
@@ -88,15 +95,12 @@ missing_sources() {
 }
 
 @test "every setting that is written is declared in install.dat" {
-    run missing_from "$declared" $(init_written) $(question_written) $(copy_written)
-    [ -z "$output" ] || { echo "undeclared: $output"; false; }
+    none_found "undeclared: " missing_from "$declared" $(init_written) $(question_written) $(copy_written)
 }
 
 @test "every \$(name) reference and every control names a declared setting" {
-    run missing_from "$declared" $(references)
-    [ -z "$output" ] || { echo "unknown reference: $output"; false; }
-    run missing_from "$declared" $(controls_used)
-    [ -z "$output" ] || { echo "unknown control: $output"; false; }
+    none_found "unknown reference: " missing_from "$declared" $(references)
+    none_found "unknown control: " missing_from "$declared" $(controls_used)
 }
 
 @test "the web server failure flags start as false" {
@@ -108,32 +112,25 @@ missing_sources() {
 }
 
 @test "install.dat values do not refer to settings the init file fills later" {
-    run dat_refers_to_init_settings
-    [ -z "$output" ] || { echo "filled later: $output"; false; }
+    none_found "filled later: " dat_refers_to_init_settings
 }
 
 @test "init, question and copy lines are well formed" {
-    run bad_init_lines
-    [ -z "$output" ] || { echo "$output"; false; }
-    run bad_question_lines
-    [ -z "$output" ] || { echo "$output"; false; }
-    run bad_copy_lines
-    [ -z "$output" ] || { echo "$output"; false; }
+    none_found "" bad_init_lines
+    none_found "" bad_question_lines
+    none_found "" bad_copy_lines
 }
 
 @test "each Loop goes back to an earlier question of its own section" {
-    run bad_loops
-    [ -z "$output" ] || { echo "$output"; false; }
+    none_found "" bad_loops
 }
 
 @test "Error questions outside upgrade carry no references" {
-    run literal_errors_with_references
-    [ -z "$output" ] || { echo "$output"; false; }
+    none_found "" literal_errors_with_references
 }
 
 @test "files the copy script takes from the product folder are there" {
-    run missing_sources
-    [ -z "$output" ] || { echo "missing: $output"; false; }
+    none_found "missing: " missing_sources
     [ -f "$PRODUCT_DIR/data/welcome.txt" ]
 }
 
