@@ -7,6 +7,7 @@
 
 #include "environment/httpd_conf.h"
 #include "fileops/file_ops.h"
+#include "fileops/file_trust.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
 #include "foundation/str_path.h"
@@ -15,8 +16,10 @@
 
 namespace {
 
-// RFile reads at most this many characters at a time.
+// RFile reads at most this many characters at a time, and fails a file
+// larger than a setting could sensibly hold rather than grow without end.
 constexpr int kReadPiece = 998;
+constexpr size_t kReadMax = 1U << 20;
 
 bool condition_holds(ini_store* store, const init_command& command) {
   if (!command.cond_value) return true;
@@ -87,7 +90,7 @@ void run_time_date(ini_store* store, const init_command& command) {
 void run_write_file(ini_store* store, const init_command& command) {
   std::string path = expanded_path(store, command.name);
   errno = 0;
-  unique_file out(file_open(path.c_str(), "w"));
+  unique_file out(file_parent_trusted(path.c_str()) ? file_open(path.c_str(), "w") : nullptr);
   if (!out) {
     log_error("Failed to write (%s), %s", path.c_str(), system_reason().c_str());
     return;
@@ -103,15 +106,22 @@ void run_write_file(ini_store* store, const init_command& command) {
 void run_read_file(ini_store* store, const init_command& command) {
   std::string path = expanded_path(store, command.name);
   errno = 0;
-  unique_file in(file_open(path.c_str(), "r"));
+  unique_file in(file_parent_trusted(path.c_str()) ? file_open(path.c_str(), "r") : nullptr);
   if (!in) {
     log_error("Failed to read (%s), %s", path.c_str(), system_reason().c_str());
     return;
   }
   std::string text;
   char piece[kReadPiece + 1];
-  while (std::fgets(piece, sizeof piece, in.get()) != nullptr) text += piece;
+  while (text.size() <= kReadMax && std::fgets(piece, sizeof piece, in.get()) != nullptr) {
+    text += piece;
+  }
   in.reset();
+  if (text.size() > kReadMax) {
+    errno = EFBIG;
+    log_error("Failed to read (%s), %s", path.c_str(), system_reason().c_str());
+    return;
+  }
   if (!text.empty()) ini_set(store, command.value.c_str(), text.c_str());
 }
 

@@ -3,11 +3,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "driver/console.h"
 #include "driver/init_commands.h"
 #include "environment/init_file.h"
 #include "environment/runtime_settings.h"
+#include "foundation/file_guard.h"
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"
 #include "questions/question_walk.h"
@@ -55,6 +57,33 @@ bool run_init_file(char (&path)[kPathSize]) {
   }
   init_list_free(&commands);
   return loaded;
+}
+
+// As root, the product's files are taken as root's own: its copy script
+// runs as root. A directory or data file that every account may change (a
+// shared temporary directory, say) could hand that to anyone, so nothing is
+// read from it. Prints why and returns false.
+bool product_files_trusted(const char* dir) {
+  if (!file_running_as_root()) return true;
+  if (const char* reason = file_shared_reason(dir)) {
+    printf("Error: Refusing to run in '%s', %s; move the product's files to a directory "
+           "that only root can write\n", dir, reason);
+    return false;
+  }
+  static constexpr const char* kDataFiles[] = {".dat", ".int", ".q", ".cpy"};
+  std::vector<std::string> files{"blurb.txt"};
+  for (const char* extension : kDataFiles) files.push_back(base_name + extension);
+  for (const std::string& file : files) {
+    char path[kPathSize];
+    str_copy(path, dir, kPathSize);
+    str_path_join(path, file.c_str(), kPathSize);
+    if (const char* reason = file_shared_reason(path)) {
+      printf("Error: Refusing to read '%s', %s; remove that permission (chmod o-w) first\n",
+             path, reason);
+      return false;
+    }
+  }
+  return true;
 }
 
 [[noreturn]] void end_process(int status) {
@@ -112,6 +141,7 @@ int run_installer(int argc, char** argv) {
   base_name = path;
 
   if (str_getcwd(path, kPathSize) == nullptr) path[0] = '\0';
+  if (!product_files_trusted(path)) end_process(1);
   str_path_join(path, base_name.c_str(), kPathSize);
   str_append(path, ".log", kPathSize);
   log_set_current(state.log);

@@ -69,7 +69,7 @@ void add_file_rows(definition_table& table, FILE* stream) {
 int runtime_settings_load(ini_store* store, const char* path) {
   if (store == nullptr || path == nullptr) return k_fail;
   errno = 0;
-  const unique_file stream(fopen(path, "r"));
+  const unique_file stream(file_open(path, "r"));
   if (!stream) {
     char reason[kLineSize];
     log_error("Error opening '%s' for read, %s", path, str_last_error(reason, sizeof reason));

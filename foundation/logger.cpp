@@ -1,6 +1,7 @@
 #include "foundation/logger.h"
 
 #include <fcntl.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -34,13 +35,60 @@ std::string bounded(const char* text, int size) {
   return result;
 }
 
-// Opens path for appending; a new file is readable by its owner only.
+// Opens path for appending. The log records every answer given, so it is
+// never reached through a link, never a FIFO or device that could block or
+// swallow it, and always private to its owner, also when an earlier file
+// had a wider mode.
 FILE* open_for_append(const char* path) {
-  int fd = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kLogMode);
+  int fd = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kLogMode);
   if (fd < 0) return nullptr;
-  FILE* stream = fdopen(fd, "a");
+  struct stat status {};
+  bool usable = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+  if (usable && (status.st_mode & 077) != 0) usable = fchmod(fd, status.st_mode & 0700) == 0;
+  FILE* stream = usable ? fdopen(fd, "a") : nullptr;
   if (stream == nullptr) close(fd);
   return stream;
+}
+
+// A number for the rotation's temporary name that no other account can
+// foresee (rand() without a seed gives the same name on every run).
+int unpredictable_number() {
+  unsigned value = 0;
+  if (getrandom(&value, sizeof value, 0) != static_cast<ssize_t>(sizeof value)) {
+    value = static_cast<unsigned>(rand()) ^ static_cast<unsigned>(getpid());
+  }
+  return static_cast<int>(value % (static_cast<unsigned>(RAND_MAX) + 1U));
+}
+
+// The message as one line: control characters (a line end in a name read
+// from a hostile tree, say) are written as escapes, so no text can forge a
+// line of its own.
+bool has_control(const char* message) {
+  for (const char* at = message; *at != '\0'; ++at) {
+    auto c = static_cast<unsigned char>(*at);
+    if ((c < 0x20 && c != '\t') || c == 0x7f) return true;
+  }
+  return false;
+}
+
+std::string one_line(const char* message) {
+  static constexpr char kHex[] = "0123456789abcdef";
+  std::string line;
+  for (const char* at = message; *at != '\0'; ++at) {
+    auto c = static_cast<unsigned char>(*at);
+    if (c == '\n') {
+      line += "\\n";
+    } else if (c == '\r') {
+      line += "\\r";
+    } else if ((c < 0x20 && c != '\t') || c == 0x7f) {
+      line += "\\x";
+      line += kHex[c >> 4];
+      line += kHex[c & 15];
+    } else {
+      line += static_cast<char>(c);
+    }
+  }
+  return line;
 }
 
 void write_out_pending() {
@@ -76,8 +124,8 @@ std::string numbered_copy(const std::string& name, int number) {
 // under the live name, shifts the numbered copies up and makes the moved
 // file copy 0. Failures of remove and rename are ignored.
 int rotate(logger* log) {
-  int first = rand();
-  int second = rand();
+  int first = unpredictable_number();
+  int second = unpredictable_number();
   char temporary[kNameSize];
   str_format(temporary, sizeof temporary, "%s.%05d%05d", log->name.c_str(), second, first);
   log_close(log);
@@ -120,10 +168,10 @@ void log_free(logger** log) {
 int log_open(logger* log, const char* path) {
   if (log == nullptr || path == nullptr) return 0;
   log_close(log);
-  struct stat info {};
-  log->size = stat(path, &info) == 0 ? static_cast<unsigned>(info.st_size) : 0;
   log->stream = open_for_append(path);
   if (log->stream == nullptr) return 0;
+  struct stat info {};
+  log->size = fstat(fileno(log->stream), &info) == 0 ? static_cast<unsigned>(info.st_size) : 0;
   log->name = bounded(path, kNameSize);
   become_current_if_none(log);
   return 1;
@@ -192,8 +240,10 @@ void log_write(logger* log, const char* message, unsigned level) {
   struct tm local {};
   char stamp[64] = "";
   if (localtime_r(&now, &local) != nullptr) asctime_r(&local, stamp);
+  const char* text = str_or_empty(message);
+  std::string escaped = has_control(text) ? one_line(text) : std::string();
   int written = fprintf(log->stream, "%.20s [%d] %s: %s\n", stamp, static_cast<int>(getpid()),
-                        kLevelWords[level], str_or_empty(message));
+                        kLevelWords[level], escaped.empty() ? text : escaped.c_str());
   log->size += static_cast<unsigned>(written);
   if (log->size >= log->max_size) {
     rotate(log);

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "foundation/file_guard.h"
+
 // ---- paths --------------------------------------------------------------
 
 // Sets the separator str_path_join writes ("/" by default).
@@ -29,13 +31,3 @@ int str_get_ext(char* out, const char* path, int size);
 char* str_abs_dir(char* dest, const char* path, int size);
 char* str_getcwd(char* buffer, int size);
 char* str_etc_dir(char* buffer, int size);
-
-// fopen / fclose, null-safe. file_close clears the caller's handle. A
-// writing mode ("w", "a", with "+" or "b") refuses a symbolic link at path's
-// name (null, errno ELOOP) instead of writing where it points.
-FILE* file_open(const char* path, const char* mode);
-void file_close(FILE** stream);
-// Closes a stream that was written to and clears the caller's handle: 1 when
-// everything written reached the file, 0 when a write, the last flush or the
-// close failed (a full disk may show only there; errno tells why). 0 for null.
-int file_finish(FILE** stream);

@@ -5,6 +5,7 @@
 #include <span>
 #include <string_view>
 
+#include "foundation/file_guard.h"
 #include "foundation/section_file.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
@@ -181,7 +182,7 @@ int question_load(question_set* set, const char* path, const char* section) {
   if (set->section && str_icmp(set->section->c_str(), section) == 0) return k_ok;
   question_set_clear(set);
   errno = 0;
-  unique_file file(fopen(path, "r"));
+  unique_file file(file_open(path, "r"));
   if (!file) {
     question_set_error("Error opening '%s'", path);
     return k_fail;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "foundation/file_guard.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
 #include "foundation/results.h"
@@ -41,7 +42,7 @@ std::string load_name(const char* file_name) {
 
 unique_file open_for_read(const std::string& name) {
   log_debug("Opening ini file '%s'", name.c_str());
-  return unique_file(fopen(name.c_str(), "r"));
+  return unique_file(file_open(name.c_str(), "r"));
 }
 
 // Calls on_setting(line) for each setting line of the stream until it
@@ -141,7 +142,7 @@ const char* ini_read_file_value(ini_store* store, const char* file_name, int ind
 int ini_save(ini_store* store, const char* file_name) {
   if (store == nullptr || !store->set_up || file_name == nullptr) return k_fail;
   errno = 0;
-  const unique_file stream(fopen(file_name, "w"));
+  const unique_file stream(file_open(file_name, "w"));
   if (!stream) {
     char reason[kLineSize];
     log_error("Ini error opening '%s' for write, %s", file_name,

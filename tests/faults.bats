@@ -27,7 +27,8 @@ make_file() { head -c "$(($2 * 1024))" /dev/zero | tr '\0' "${3:-x}" > "$1"; }
 
 # talk_on_small_disk INPUT ARGS...: like talk, with docroot a fresh 1 MiB
 # tmpfs that lives in a private mount namespace for the run; what the run
-# left there is copied to installed/ before the namespace goes.
+# left there is copied to installed/ before the namespace goes. With
+# SMALL_DISK_FULL=1 the disk is full before the program starts.
 talk_on_small_disk() {
   local input=$1
   shift
@@ -38,6 +39,7 @@ talk_on_small_disk() {
   # shellcheck disable=SC2016 # expanded by the inner shell
   printf '%s' "$input" | timeout 120 unshare -m bash -c '
     mount --make-rprivate / && mount -t tmpfs -o size=1m tmpfs docroot || exit 90
+    [ -z "${SMALL_DISK_FULL:-}" ] || head -c 2M /dev/zero > docroot/filler 2>/dev/null
     status=0
     $INSTALL_RUNNER ./install "$@" || status=$?
     cp -a docroot/. installed/
@@ -107,23 +109,26 @@ EOF
   log_has Info "Copy script completed successfully"
 }
 
-@test "settings files written to a full device: the lines fail with the reason" {
+@test "settings files written to a full disk: the lines fail with the reason" {
+  needs_namespaces
+  local full=$PRODUCT_DIR/docroot
   printf 'name anon\n' >> install.dat
-  printf 'WFile /dev/full name - -\n' > install.int
+  printf 'WFile $(current_dir)/docroot/init.txt name - -\n' > install.int
   printf 'x = $(name)\n' > conf.in
   printf '[remove]\n' > install.q
   cat > install.cpy <<'EOF'
 [remove]
-WFile /dev/full name
-Ini   $(current_dir)/conf.in  /dev/full
+WFile $(current_dir)/docroot/name.txt name
+Ini   $(current_dir)/conf.in  $(current_dir)/docroot/conf.ini
 WFile $(current_dir)/after.txt  name
 EOF
-  talk $'3\n\n\n'
+  SMALL_DISK_FULL=1 talk_on_small_disk $'3\n\n\n'
   ran_cleanly
   [[ "$output" == *$'Removing files[]\n Success 1 files removed\n'* ]]
   [ "$(cat after.txt)" = anon ]
-  [ "$(grep -c 'Failed to write (/dev/full), No space left on device$' install.log)" -eq 2 ]
-  log_has Error "Error writing ini file '/dev/full', No space left on device"
+  log_has Error "Failed to write ($full/init.txt), No space left on device"
+  log_has Error "Failed to write ($full/name.txt), No space left on device"
+  log_has Error "Error writing ini file '$full/conf.ini', No space left on device"
 }
 
 @test "unreadable sources and unwritable destinations: each reported with its reason, the rest done" {

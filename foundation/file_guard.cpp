@@ -1,0 +1,165 @@
+// Opening files by name: trusted links only, no blocking, regular files
+// only, no writing through a second name that another account could make.
+#include "foundation/file_guard.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <string>
+
+#include "foundation/logger.h"
+
+namespace {
+
+constexpr int kLinkHops = 40;  // the kernel's own limit for a chain of links
+
+std::string parent_of(const std::string& path) {
+  size_t cut = path.find_last_of("/\\");
+  if (cut == std::string::npos) return ".";
+  return cut == 0 ? "/" : path.substr(0, cut);
+}
+
+// A directory that cannot be read counts as open to others.
+bool parent_open_to_others(const std::string& path) {
+  struct stat dir {};
+  return stat(parent_of(path).c_str(), &dir) != 0 || file_dir_open_to_others(dir);
+}
+
+// Logs a refusal without losing the errno that tells the caller why.
+void refuse(int err, const char* format, const char* path) {
+  log_error(format, path);
+  errno = err;
+}
+
+// Follows the links at path's name while each is trusted; path then names
+// what the last one points to. False (ELOOP, logged) at an untrusted link
+// or a chain longer than the kernel would follow.
+bool follow_trusted_links(std::string& path) {
+  for (int hop = 0; hop <= kLinkHops; ++hop) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return true;
+    if (!file_owner_trusted(status.st_uid) || parent_open_to_others(path)) break;
+    char target[PATH_MAX];
+    ssize_t length = readlink(path.c_str(), target, sizeof target - 1);
+    if (length < 0) return false;
+    target[length] = '\0';
+    path = target[0] == '/' ? std::string(target) : parent_of(path) + "/" + target;
+  }
+  refuse(ELOOP, "Not following symbolic link '%s'", path.c_str());
+  return false;
+}
+
+// A file that cannot be opened without blocking (a FIFO with no reader, a
+// socket) says ENXIO; say instead that it is no regular file.
+void explain_open_failure(const std::string& path) {
+  struct stat status {};
+  if (errno == ENXIO && lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    refuse(EINVAL, "Not opening '%s', it is not a regular file", path.c_str());
+  }
+}
+
+// Checks what fd opened: a regular file, and for writing one with no second
+// name in a directory that another account can write.
+bool opened_file_allowed(int fd, const std::string& path, bool writing) {
+  struct stat status {};
+  if (fstat(fd, &status) != 0) return false;
+  if (S_ISDIR(status.st_mode)) {
+    errno = EISDIR;
+    return false;
+  }
+  if (!S_ISREG(status.st_mode)) {
+    refuse(EINVAL, "Not opening '%s', it is not a regular file", path.c_str());
+    return false;
+  }
+  if (writing && status.st_nlink > 1 && parent_open_to_others(path)) {
+    refuse(EMLINK,
+           "Not writing '%s', it has another name in a directory other accounts can write",
+           path.c_str());
+    return false;
+  }
+  return true;
+}
+
+int open_flags(const char* mode, bool writing) {
+  int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  if (!writing) return flags | O_RDONLY;
+  flags |= std::strchr(mode, '+') != nullptr ? O_RDWR : O_WRONLY;
+  if (mode[0] != 'r') flags |= O_CREAT;
+  if (mode[0] == 'a') flags |= O_APPEND;
+  return flags;
+}
+
+// Opens path with the guards of the header; -1 with errno set on refusal.
+int open_guarded(const char* path, const char* mode) {
+  bool writing = mode[0] != 'r' || std::strchr(mode, '+') != nullptr;
+  std::string name = path;
+  if (!writing && !follow_trusted_links(name)) return -1;
+  int fd = open(name.c_str(), open_flags(mode, writing), 0666);
+  if (fd < 0) {
+    explain_open_failure(name);
+    return -1;
+  }
+  bool allowed = opened_file_allowed(fd, name, writing);
+  if (allowed && mode[0] == 'w' && ftruncate(fd, 0) != 0) allowed = false;
+  if (!allowed) {
+    int err = errno;
+    close(fd);
+    errno = err;
+    return -1;
+  }
+  fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+  return fd;
+}
+
+}  // namespace
+
+bool file_owner_trusted(uid_t uid) { return uid == 0 || uid == geteuid(); }
+
+bool file_dir_open_to_others(const struct stat& dir) {
+  if (!file_owner_trusted(dir.st_uid) || (dir.st_mode & S_IWOTH) != 0) return true;
+  return (dir.st_mode & S_IWGRP) != 0 && dir.st_gid != 0 && dir.st_gid != getegid();
+}
+
+int file_running_as_root() { return geteuid() == 0 ? 1 : 0; }
+
+const char* file_shared_reason(const char* path) {
+  struct stat status {};
+  if (path == nullptr || stat(path, &status) != 0) return nullptr;
+  if (S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0) {
+    return "it is a shared temporary directory";
+  }
+  return (status.st_mode & S_IWOTH) != 0 ? "every account may write to it" : nullptr;
+}
+
+FILE* file_open(const char* path, const char* mode) {
+  if (path == nullptr || mode == nullptr) return nullptr;
+  int fd = open_guarded(path, mode);
+  if (fd < 0) return nullptr;
+  FILE* stream = fdopen(fd, mode);
+  if (stream == nullptr) {
+    int err = errno;
+    close(fd);
+    errno = err;
+  }
+  return stream;
+}
+
+void file_close(FILE** stream) {
+  if (stream == nullptr || *stream == nullptr) return;
+  fclose(*stream);
+  *stream = nullptr;
+}
+
+int file_finish(FILE** stream) {
+  if (stream == nullptr || *stream == nullptr) return 0;
+  FILE* file = *stream;
+  *stream = nullptr;
+  bool written = fflush(file) == 0 && ferror(file) == 0;
+  int err = errno;
+  if (fclose(file) != 0) return 0;
+  errno = err;
+  return written ? 1 : 0;
+}

@@ -1,0 +1,47 @@
+// Opening files by name as root, in directories that less trusted accounts
+// may write (a document root handed to the web server's account, say).
+//
+// A file opened by name is never reached through a symbolic link that
+// another account could have placed or changed, never opened in a way that
+// can block (O_NONBLOCK), and must be a regular file before a byte moves: a
+// FIFO, a device, a socket or a directory is refused. A file that has a
+// second name (a hard link) in a directory another account can write is
+// not truncated or written, since that name may stand for a file outside
+// the tree. Refusals are logged at error level with the reason and leave
+// errno set (ELOOP for a link, EINVAL for a file of another kind, EISDIR
+// for a directory, EMLINK for a second name).
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cstdio>
+
+// Root and the running user: the accounts whose links and directories the
+// program trusts.
+bool file_owner_trusted(uid_t uid);
+// A directory in which an account other than root and the running user can
+// add, rename or remove entries: owned by another account, or writable by
+// every account, or by a group other than root's and the running user's.
+bool file_dir_open_to_others(const struct stat& dir);
+
+// 1 when the program runs as root, else 0.
+int file_running_as_root();
+// Why root should not take path as its own, or null when nothing speaks
+// against it (also when path cannot be read): "every account may write to
+// it", or for a directory with the sticky bit "it is a shared temporary
+// directory". A static text.
+const char* file_shared_reason(const char* path);
+
+// fopen / fclose, null-safe, with the guards above. A reading mode ("r")
+// follows a link at path's name only while the link is trusted: owned by
+// root or the running user, in a directory open to no other account. A
+// writing mode ("w", "a", with "+" or "b") refuses any link at path's name,
+// and truncates ("w") only after the checks. file_close clears the
+// caller's handle.
+FILE* file_open(const char* path, const char* mode);
+void file_close(FILE** stream);
+// Closes a stream that was written to and clears the caller's handle: 1 when
+// everything written reached the file, 0 when a write, the last flush or the
+// close failed (a full disk may show only there; errno tells why). 0 for null.
+int file_finish(FILE** stream);
