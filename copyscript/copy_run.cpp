@@ -5,6 +5,7 @@
 
 #include "copyscript/copy_tree.h"
 #include "fileops/file_ops.h"
+#include "foundation/file_guard.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
 #include "foundation/str_path.h"

@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <string_view>
 
+#include "foundation/file_guard.h"
 #include "foundation/section_file.h"
 #include "foundation/formatter.h"
 #include "foundation/handles.h"

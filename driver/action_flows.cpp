@@ -1,15 +1,15 @@
 #include "driver/action_flows.h"
 
-#include <cstdio>
+#include <cerrno>
+#include <cstring>
 
 #include "copyscript/copy_run.h"
 #include "copyscript/copy_script.h"
-#include "driver/console.h"
-#include "driver/installer.h"
+#include "driver/options.h"
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"
 #include "foundation/logger.h"
-#include "questions/question_console.h"
+#include "foundation/console.h"
 #include "questions/question_file.h"
 #include "questions/question_walk.h"
 
@@ -28,10 +28,17 @@ struct flow_kind {
   success_report report;
 };
 
-void print_heading(const char* heading) {
-  char line[kLineSize];
-  snprintf(line, sizeof line, "[%s]\n", heading);
-  question_print(line);
+void print_heading(const char* heading) { console_printf("[%s]\n", heading); }
+
+// The copy script's step callbacks: a dot at once for each step, and the
+// system's reason for each failure.
+void copy_progress(const char*, const char*, int) {
+  console_print(".");
+  console_flush();
+}
+
+void copy_failure(const char*, const char*, int) {
+  console_printf("\nError: %s\n", strerror(errno));
 }
 
 // "<cwd>/<base name><extension>", bounded to a path.
@@ -60,18 +67,15 @@ int ask_questions(ini_store* store, const flow_kind& kind) {
 }
 
 void report_run(const flow_kind& kind, int succeeded, int files, unsigned bytes) {
-  char line[kLineSize];
   if (!succeeded) {
-    snprintf(line, sizeof line, "]\nFailed, %s", copy_last_error());
+    console_printf("]\nFailed, %s", copy_last_error());
   } else if (kind.report == success_report::bytes_and_files) {
-    snprintf(line, sizeof line, "]\nSuccess %d bytes in %d files copied\n",
-             static_cast<int>(bytes), files);
+    console_printf("]\nSuccess %d bytes in %d files copied\n", static_cast<int>(bytes), files);
   } else if (kind.report == success_report::files_removed) {
-    snprintf(line, sizeof line, "]\n Success %d files removed\n", files);
+    console_printf("]\n Success %d files removed\n", files);
   } else {
-    snprintf(line, sizeof line, "]\n Success %d files done.\n", files);
+    console_printf("]\n Success %d files done.\n", files);
   }
-  question_print(line);
 }
 
 void run_copy_script(ini_store* store, const flow_kind& kind) {
@@ -80,7 +84,7 @@ void run_copy_script(ini_store* store, const flow_kind& kind) {
   product_file(path, ".cpy");
   copy_script_set_callbacks(script, copy_progress, copy_failure);
   if (copy_script_load(script, path, kind.section)) {
-    question_print(kind.before_run);
+    console_print(kind.before_run);
     int files = 0;
     unsigned bytes = 0;
     int succeeded = copy_script_run(script, &files, kind.count_bytes ? &bytes : nullptr,

@@ -8,6 +8,8 @@
 #include "environment/httpd_conf.h"
 #include "fileops/file_ops.h"
 #include "fileops/file_trust.h"
+#include "foundation/console.h"
+#include "foundation/file_guard.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
 #include "foundation/str_path.h"
@@ -69,7 +71,9 @@ void run_http(ini_store* store, const init_command& command) {
     ini_set(store, command.name.c_str(), result);
     return;
   }
-  std::printf("ERROR: %s\n", error);
+  console_print("ERROR: ");
+  console_print(error);
+  console_print("\n");
   ini_set(store, command.value.c_str(), "true");
 }
 

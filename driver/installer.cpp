@@ -1,42 +1,22 @@
 #include "driver/installer.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "driver/console.h"
 #include "driver/init_commands.h"
+#include "driver/menu.h"
+#include "driver/options.h"
 #include "environment/init_file.h"
 #include "environment/runtime_settings.h"
+#include "foundation/console.h"
 #include "foundation/file_guard.h"
+#include "foundation/logger.h"
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"
 #include "questions/question_walk.h"
 #include "settings/ini_store.h"
 
 namespace {
-
-std::string base_name;
-int automated = 0;
-std::string tag;
-bool has_tag = false;
-
-// Objects that live for the whole run, freed at shut-down or before an
-// option ends the process.
-struct run_state {
-  logger* log = nullptr;
-  ini_store* store = nullptr;
-  bool settings_loaded = false;
-};
-run_state state;
-
-void free_run_state() {
-  if (state.settings_loaded) runtime_settings_free();
-  state.settings_loaded = false;
-  ini_destroy(&state.store);
-  log_free(&state.log);
-}
 
 // Swaps the extension of the path for another ("<cwd>/install.log" to
 // "<cwd>/install.dat").
@@ -46,14 +26,18 @@ void change_extension(char (&path)[kPathSize], const char* extension) {
 }
 
 // Loads the init file and runs its commands; false when it cannot be read.
-bool run_init_file(char (&path)[kPathSize]) {
+bool run_init_file(ini_store* store, char (&path)[kPathSize]) {
   init_list* commands = init_list_create();
   change_extension(path, ".int");
   bool loaded = init_load(commands, path) != 0;
   if (loaded) {
-    run_init_commands(state.store, commands);
+    run_init_commands(store, commands);
   } else {
-    printf("Error: Failed to load init file '%s', %s\n", path, init_last_error());
+    console_print("Error: Failed to load init file '");
+    console_print(path);
+    console_print("', ");
+    console_print(init_last_error());
+    console_print("\n");
   }
   init_list_free(&commands);
   return loaded;
@@ -66,97 +50,71 @@ bool run_init_file(char (&path)[kPathSize]) {
 bool product_files_trusted(const char* dir) {
   if (!file_running_as_root()) return true;
   if (const char* reason = file_shared_reason(dir)) {
-    printf("Error: Refusing to run in '%s', %s; move the product's files to a directory "
-           "that only root can write\n", dir, reason);
+    console_printf("Error: Refusing to run in '%s', %s; move the product's files to a "
+                   "directory that only root can write\n", dir, reason);
     return false;
   }
   static constexpr const char* kDataFiles[] = {".dat", ".int", ".q", ".cpy"};
   std::vector<std::string> files{"blurb.txt"};
-  for (const char* extension : kDataFiles) files.push_back(base_name + extension);
+  for (const char* extension : kDataFiles) files.push_back(program_base_name() + std::string(extension));
   for (const std::string& file : files) {
     char path[kPathSize];
     str_copy(path, dir, kPathSize);
     str_path_join(path, file.c_str(), kPathSize);
     if (const char* reason = file_shared_reason(path)) {
-      printf("Error: Refusing to read '%s', %s; remove that permission (chmod o-w) first\n",
-             path, reason);
+      console_printf("Error: Refusing to read '%s', %s; remove that permission (chmod o-w) "
+                     "first\n", path, reason);
       return false;
     }
   }
   return true;
 }
 
-[[noreturn]] void end_process(int status) {
-  fflush(stdout);
-  free_run_state();
-  std::exit(status);
+void wait_for_enter() {
+  console_print("\n<Press enter to exit>");
+  char line[kLineSize];
+  console_read_line(line, sizeof line);
 }
 
-void wait_for_enter() {
-  fputs("\n<Press enter to exit>", stdout);
-  fflush(stdout);
-  char line[kLineSize];
-  if (fgets(line, sizeof line, stdin) == nullptr) return;
+// Opens the log, reads the options, loads the run-time settings and the
+// init file, runs the init commands and the menu. Returns the exit status
+// an option asks for, or -1 to end the run as usual.
+int run_with(logger* log, ini_store* store, int argc, char** argv) {
+  char path[kPathSize];
+  if (str_getcwd(path, kPathSize) == nullptr) path[0] = '\0';
+  if (!product_files_trusted(path)) return 1;
+  str_path_join(path, program_base_name(), kPathSize);
+  str_append(path, ".log", kPathSize);
+  log_set_current(log);
+  log_open(log, path);
+  log_flush_every(log, 1);
+  log_info("Log file opened in '%s'", path);
+
+  option_outcome options = parse_options(log, argv, argc);
+  if (options.end) return options.status;
+  question_set_unattended(automate_mode());
+
+  change_extension(path, ".dat");
+  if (runtime_settings_load(store, path) == 0) return -1;
+  if (run_init_file(store, path)) run_menu(store);
+  runtime_settings_free();
+  return -1;
 }
 
 }  // namespace
 
-const char* program_base_name() { return base_name.c_str(); }
-
-int automate_mode() { return automated; }
-
-const char* special_tag() { return has_tag ? tag.c_str() : nullptr; }
-
-void parse_options(logger* log, char** argv, int argc) {
-  if (argv == nullptr || argc < 2) return;
-  for (int i = 1; i < argc; ++i) {
-    const char* arg = argv[i];
-    if (str_cmp(arg, "-debug") == 0) {
-      log_set_level(log, static_cast<unsigned>(log_level::debug));
-      log_info("Logging set to debug");
-    } else if (str_cmp(arg, "-version") == 0) {
-      printf("Installer version %s\n", kInstallerVersion);
-      end_process(0);
-    } else if (str_cmp(arg, "-automate") == 0) {
-      log_info("Automated install/upgrade...");
-      automated = 1;
-    } else if (str_cmp(arg, "-special") == 0) {
-      if (i + 1 >= argc) {
-        printf("Usage: install -special <tag>\n");
-        end_process(1);
-      }
-      tag = str_or_empty(argv[++i]);
-      has_tag = true;
-      log_info("Special mode [%s]", tag.c_str());
-    }
-  }
-}
-
 int run_installer(int argc, char** argv) {
-  state.log = log_create(static_cast<unsigned>(log_level::debug));
-  state.store = ini_create();
+  logger* log = log_create(static_cast<unsigned>(log_level::debug));
+  ini_store* store = ini_create();
+  char name[kPathSize];
+  set_program_base_name(
+      str_base_name(name, argc > 0 && argv != nullptr ? argv[0] : nullptr, kPathSize));
 
-  char path[kPathSize];
-  str_base_name(path, argc > 0 && argv != nullptr ? argv[0] : nullptr, kPathSize);
-  base_name = path;
-
-  if (str_getcwd(path, kPathSize) == nullptr) path[0] = '\0';
-  if (!product_files_trusted(path)) end_process(1);
-  str_path_join(path, base_name.c_str(), kPathSize);
-  str_append(path, ".log", kPathSize);
-  log_set_current(state.log);
-  log_open(state.log, path);
-  log_flush_every(state.log, 1);
-  log_info("Log file opened in '%s'", path);
-
-  parse_options(state.log, argv, argc);
-  question_set_unattended(automated);
-
-  change_extension(path, ".dat");
-  state.settings_loaded = runtime_settings_load(state.store, path) != 0;
-  if (state.settings_loaded && run_init_file(path)) run_menu(state.store);
-
-  free_run_state();
-  if (!automated) wait_for_enter();
+  int status = run_with(log, store, argc, argv);
+  console_flush();
+  ini_destroy(&store);
+  log_free(&log);
+  if (status >= 0) return status;
+  if (!automate_mode()) wait_for_enter();
   return 0;
 }

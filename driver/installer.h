@@ -5,23 +5,7 @@
 // frees everything at the end.
 #pragma once
 
-#include "foundation/logger.h"
-
-inline constexpr const char* kInstallerVersion = "1.0d";
-
-// The whole run. Returns 0; "-version" and a "-special" without a tag end
-// the process themselves (status 0 and 1).
+// The whole run; returns the exit status: 0, or what an option that ends
+// the run asks for (driver/options.h), or 1 when, as root, the product's
+// directory or one of its data files may be written by every account.
 int run_installer(int argc, char** argv);
-
-// The command-line pass: "-debug", "-version", "-automate", "-special <tag>",
-// compared exactly; anything else is passed over. Nothing is done when argv
-// is null or argc < 2.
-void parse_options(logger* log, char** argv, int argc);
-
-// Process-wide state read by the menu and the action flows.
-// The program's base name (argv[0] without directory, cut at its first dot).
-const char* program_base_name();
-// Non-zero when "-automate" was given.
-int automate_mode();
-// The tag given after "-special", or nullptr.
-const char* special_tag();

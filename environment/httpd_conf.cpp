@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "fileops/file_ops.h"
+#include "foundation/file_guard.h"
 #include "foundation/formatter.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"

@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <memory>
 
+#include "foundation/file_guard.h"
 #include "foundation/formatter.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/file_guard.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
 #include "foundation/results.h"

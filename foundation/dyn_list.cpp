@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "foundation/file_guard.h"
 #include "foundation/logger.h"
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"

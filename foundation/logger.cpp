@@ -190,7 +190,9 @@ int log_set_file(logger* log, const char* dir, const char* file) {
 }
 
 void log_close(logger* log) {
-  if (log != nullptr && log->stream != nullptr) file_close(&log->stream);
+  if (log == nullptr || log->stream == nullptr) return;
+  fclose(log->stream);
+  log->stream = nullptr;
 }
 
 void log_set_current(logger* log) { current_log = log; }

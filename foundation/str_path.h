@@ -4,7 +4,6 @@
 
 #include <cstdio>
 
-#include "foundation/file_guard.h"
 
 // ---- paths --------------------------------------------------------------
 

@@ -12,7 +12,7 @@
 #include "foundation/results.h"
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"
-#include "questions/question_console.h"
+#include "foundation/console.h"
 #include "questions/question_error.h"
 #include "settings/ini_expand.h"
 #include "settings/ini_store.h"
@@ -42,12 +42,12 @@ void print_wrapped(const std::string& prompt) {
   if (prompt.size() > kOneLineMax) {
     do {
       const size_t cut = break_point(prompt, start);
-      question_print((prompt.substr(start, cut - start) + "\n").c_str());
+      console_print((prompt.substr(start, cut - start) + "\n").c_str());
       start = cut + 1;
       while (start < prompt.size() && is_blank(prompt[start])) ++start;
     } while (prompt.size() - start > kPieceMax);
   }
-  question_print((prompt.substr(start) + " ").c_str());
+  console_print((prompt.substr(start) + " ").c_str());
 }
 
 std::string make_prompt(const question_set* set, unsigned index, const char* fallback) {
@@ -126,7 +126,7 @@ int question_ask(const question_set* set, unsigned index, char* answer, int size
   question_default(set, index, fallback, kLineSize);
   print_wrapped(make_prompt(set, index, fallback));
   errno = 0;
-  if (!question_read_line(answer, size)) {
+  if (!console_read_line(answer, size)) {
     log_info("End of input at '%s', taken as '%s'", question_label(set, index), kQuitAnswer);
     str_copy(answer, kQuitAnswer, size);
     return k_ok;

@@ -1,5 +1,5 @@
 // Asking one question on the console and checking its answer. Prompts and
-// answers go through question_console.h; every refusal is reported through
+// answers go through foundation/console.h; every refusal is reported through
 // question_set_error (question_error.h), whose text the caller prints.
 #pragma once
 

@@ -10,7 +10,7 @@
 #include "fileops/file_ops.h"
 #include "foundation/str_text.h"
 #include "questions/question_ask.h"
-#include "questions/question_console.h"
+#include "foundation/console.h"
 #include "questions/question_error.h"
 #include "settings/ini_expand.h"
 #include "settings/ini_store.h"
@@ -56,9 +56,9 @@ std::string settings_fingerprint(const walk_state& walk) {
 }
 
 void print_error(const char* reason, const char* tail) {
-  question_print("Error: ");
-  question_print(reason);
-  question_print(tail);
+  console_print("Error: ");
+  console_print(reason);
+  console_print(tail);
 }
 
 // Ends a walk that cannot go on, printing the question error just set.
@@ -182,9 +182,9 @@ step take_question(walk_state& walk) {
 }
 
 bool wants_changes() {
-  question_print(kChangePrompt);
+  console_print(kChangePrompt);
   char line[kLineSize];
-  if (!question_read_line(line, kLineSize)) return false;
+  if (!console_read_line(line, kLineSize)) return false;
   return str_is_true(str_trim(line)) != 0;
 }
 

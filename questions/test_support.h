@@ -13,7 +13,7 @@
 #include <string>
 
 #include "foundation/test_scratch.h"
-#include "questions/question_console.h"
+#include "foundation/console.h"
 #include "questions/question_file.h"
 #include "settings/ini_store.h"
 
@@ -57,7 +57,7 @@ class question_test : public scratch_test {
     fputs(script.c_str(), in_);
     rewind(in_);
     out_ = open_memstream(&out_text_, &out_size_);
-    question_set_streams(in_, out_);
+    console_set_streams(in_, out_);
   }
 
   std::string printed() {
@@ -70,7 +70,7 @@ class question_test : public scratch_test {
 
  private:
   void close_console() {
-    question_set_streams(nullptr, nullptr);
+    console_set_streams(nullptr, nullptr);
     if (in_ != nullptr) fclose(in_);
     if (out_ != nullptr) fclose(out_);
     free(out_text_);

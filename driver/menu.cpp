@@ -1,14 +1,11 @@
-#include "driver/console.h"
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include "driver/menu.h"
 
 #include "driver/action_flows.h"
-#include "driver/installer.h"
+#include "driver/options.h"
+#include "foundation/file_guard.h"
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"
-#include "questions/question_console.h"
+#include "foundation/console.h"
 #include "settings/ini_expand.h"
 
 namespace {
@@ -17,20 +14,12 @@ constexpr const char* kRule = "=================================================
 constexpr int kExitChoice = 4;
 constexpr int kSpecialChoice = 5;
 
-void print_formatted(const char* format, const char* value) {
-  char line[kLineSize];
-  snprintf(line, sizeof line, format, value);
-  question_print(line);
-}
-
 // The operator's choice: the default for an empty line, otherwise the
 // number the line begins with (0 when there is none). False at end of input.
 bool read_choice(int default_choice, int* choice) {
-  char prompt[kLineSize];
-  snprintf(prompt, sizeof prompt, "\nWhat would you like to do[%d]? ", default_choice);
-  question_print(prompt);
+  console_printf("\nWhat would you like to do[%d]? ", default_choice);
   char line[kLineSize];
-  if (!question_read_line(line, sizeof line)) return false;
+  if (!console_read_line(line, sizeof line)) return false;
   const char* answer = str_trim(line);
   *choice = *answer == '\0' ? default_choice : str_atoi(answer);
   return true;
@@ -55,7 +44,7 @@ bool run_choice(ini_store* store, int choice) {
       }
       [[fallthrough]];
     default:
-      question_print("That is not a recognised option, please try again");
+      console_print("That is not a recognised option, please try again");
       return true;
   }
 }
@@ -68,22 +57,22 @@ const char* product_name(ini_store* store) {
 }
 
 void show_banner(ini_store* store) {
-  question_print(kRule);
-  print_formatted("             Welcome to the %s installer\n", product_name(store));
-  question_print(" You will be asked a series of questions, for each a\n");
-  question_print(" default answer will be provided (thus), to accept the\n");
-  question_print(" default simply press <enter>, otherwise enter a new\n");
-  question_print(" answer and press <enter>\n");
-  question_print(kRule);
+  console_print(kRule);
+  console_printf("             Welcome to the %s installer\n", product_name(store));
+  console_print(" You will be asked a series of questions, for each a\n");
+  console_print(" default answer will be provided (thus), to accept the\n");
+  console_print(" default simply press <enter>, otherwise enter a new\n");
+  console_print(" answer and press <enter>\n");
+  console_print(kRule);
 }
 
 void show_menu(ini_store* store) {
   const char* name = product_name(store);
-  question_print("\n");
-  print_formatted("1. Install %s\n", name);
-  print_formatted("2. Upgrade %s\n", name);
-  print_formatted("3. Remove %s\n", name);
-  question_print("4. Exit");
+  console_print("\n");
+  console_printf("1. Install %s\n", name);
+  console_printf("2. Upgrade %s\n", name);
+  console_printf("3. Remove %s\n", name);
+  console_print("4. Exit");
 }
 
 void show_blurb(ini_store* store) {
@@ -92,13 +81,13 @@ void show_blurb(ini_store* store) {
   str_path_join(path, "blurb.txt", kPathSize);
   FILE* blurb = file_open(path, "r");
   if (blurb == nullptr) return;
-  question_print("\n");
+  console_print("\n");
   char line[kLineSize];
   char expanded[kLineSize];
   while (fgets(line, sizeof line, blurb) != nullptr) {
     ini_expand(store, str_trim(line), expanded, sizeof expanded);
-    question_print(expanded);
-    question_print("\n");
+    console_print(expanded);
+    console_print("\n");
   }
   file_close(&blurb);
 }
@@ -112,7 +101,7 @@ void run_menu(ini_store* store) {
     if (special_tag() == nullptr) {
       show_menu(store);
       if (automate_mode()) {
-        question_print("\n");
+        console_print("\n");
         choice = default_choice;
       } else if (!read_choice(default_choice, &choice)) {
         return;
@@ -120,16 +109,4 @@ void run_menu(ini_store* store) {
     }
     again = run_choice(store, choice);
   }
-}
-
-void copy_progress(const char*, const char*, int) {
-  question_print(".");
-  fflush(stdout);
-}
-
-void copy_failure(const char*, const char*, int) {
-  int err = errno;
-  char line[kLineSize];
-  snprintf(line, sizeof line, "\nError: %s\n", strerror(err));
-  question_print(line);
 }

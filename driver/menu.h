@@ -1,8 +1,6 @@
 // The installer's face on the console: the banner, the main menu and its
-// loop, "blurb.txt" after an install, and the two step callbacks the action
-// flows hand to the copy scripts (a dot per step, a message per failure).
-// Output goes to the console's output stream, input comes a line at a time
-// from its input stream (standard output and input unless redirected).
+// loop, and "blurb.txt" after an install, written and read through
+// foundation/console.h.
 #pragma once
 
 #include "settings/ini_store.h"
@@ -20,8 +18,3 @@ void show_blurb(ini_store* store);
 // "4" is chosen or the input ends. With a special tag the special action runs
 // once without the menu. A typed 5 without a tag is not a recognised option.
 void run_menu(ini_store* store);
-
-// Step callbacks for the copy scripts: "." flushed at once, and
-// "\nError: <system text>\n" for the current errno.
-void copy_progress(const char* source, const char* destination, int is_file);
-void copy_failure(const char* source, const char* destination, int is_file);
