@@ -15,6 +15,7 @@
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"
 #include "settings/ini_expand.h"
+#include "settings/ini_file.h"
 
 namespace {
 

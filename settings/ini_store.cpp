@@ -1,11 +1,15 @@
-// The store's life cycle, look-ups and reads. Adding values and creating
-// settings live in ini_store_write.cpp.
+// The settings store: its life cycle, look-ups, reads, adding values and
+// creating settings.
 #include "settings/ini_store.h"
 
+#include <cstdarg>
+#include <string>
+
 #include "fileops/wild_match.h"
+#include "foundation/formatter.h"
 #include "foundation/logger.h"
+#include "foundation/results.h"
 #include "foundation/str_text.h"
-#include "settings/ini_store_internal.h"
 
 namespace {
 
@@ -51,6 +55,93 @@ const char* first_value(ini_store* store, int index, std::vector<int>& path) {
   return result;
 }
 
+void cut_to_line(std::string& value) {
+  if (value.size() > static_cast<size_t>(kLineMax)) value.resize(kLineMax);
+}
+
+// Passes value through every filter whose mask shares a bit with flags.
+void apply_filters(const ini_store* store, unsigned flags, std::string& value) {
+  if ((flags & INI_FILTER_BITS) == 0) return;
+  for (const ini_load_fn_entry& entry : store->load_fns) {
+    if ((static_cast<unsigned>(entry.flag) & flags) == 0) continue;
+    if (const char* result = entry.fn(value.c_str())) {
+      value = std::string(result);
+      cut_to_line(value);
+    }
+  }
+}
+
+void to_forward_slashes(std::string& value) {
+  cut_to_line(value);
+  for (char& c : value) {
+    if (c == '\\') c = '/';
+  }
+}
+
+bool log_masked(const ini_store* store, unsigned flags) {
+  return (store->options & INI_OPT_MASK_LOG) != 0 && (flags & INI_MASKED) != 0;
+}
+
+// The one path every value takes into an existing setting.
+int add_value(ini_store* store, int index, const char* text) {
+  const ini_setting& setting = store->settings[index];
+  const char* name = setting.name.get();
+  std::string value(text);  // a copy first: text may be one of our own values
+  apply_filters(store, setting.flags, value);
+  if ((store->options & INI_OPT_PATHS) != 0 && (setting.flags & INI_PATH) != 0) {
+    to_forward_slashes(value);
+  }
+  if ((store->options & INI_OPT_KEEP_FIXED) != 0 && (setting.flags & INI_FIXED) != 0) {
+    log_debug("Ini value for '%s' not addded, value is fixed", name);
+    return k_skipped;
+  }
+  if (value.empty() && (store->options & INI_OPT_REJECT_EMPTY) != 0 &&
+      (setting.flags & INI_EMPTY_OK) == 0) {
+    log_debug("Ini value for '%s' not added, value was empty", name);
+    return k_skipped;
+  }
+  value_list* values = &store->values[index].values;
+  if (value_list_count(values) > 0 && (store->options & INI_OPT_SINGLE) != 0 &&
+      (setting.flags & INI_MULTI) == 0) {
+    free(value_list_remove_next(values));
+  }
+  value_list_append(values, value.c_str());
+  if (log_masked(store, setting.flags)) {
+    log_debug("Ini value for '%s' set to 'xxxx'", name);
+  } else {
+    log_debug("Ini value for '%s' set to '%s'", name, value.c_str());
+  }
+  return k_ok;
+}
+
+unsigned flags_for_new_setting(unsigned options) {
+  unsigned flags = 0;
+  if ((options & INI_OPT_NEW_MULTI) != 0) flags |= INI_MULTI;
+  if ((options & INI_OPT_NEW_MASKED) != 0) flags |= INI_MASKED;
+  if ((options & (INI_OPT_NEW_FIXED | INI_OPT_NEW_LOCKED)) != 0) flags |= INI_FIXED;
+  if ((options & INI_OPT_NEW_EMPTY_OK) != 0) flags |= INI_EMPTY_OK;
+  return flags;
+}
+
+// name with A-Z folded to a-z, every other byte as it is.
+std::string fold(const char* name) {
+  std::string folded(name);
+  for (char& c : folded) c = str_fold(c);
+  return folded;
+}
+
+// Appends a setting without values and indexes its name (the first setting
+// of a name keeps the index). Returns the new index.
+int append_setting(ini_store* store, const char* name, unsigned flags) {
+  const int index = store->count;
+  store->settings.push_back({owned_text(str_dup(name)), flags});
+  store->values.emplace_back();
+  store->by_name.emplace(name, index);
+  store->by_folded_name.emplace(fold(name), index);
+  ++store->count;
+  return index;
+}
+
 }  // namespace
 
 // ---- life cycle -------------------------------------------------------------
@@ -72,7 +163,7 @@ void ini_setup(ini_store* store, const ini_setting_def* defs, const int* assocs,
   }
   store->set_up = true;
   for (const ini_setting_def* row = defs; row->name != nullptr; ++row) {
-    const int index = ini_internal_append(store, row->name, row->flags);
+    const int index = append_setting(store, row->name, row->flags);
     if (load_defaults != 0 && row->value != nullptr) {
       value_list_append(&store->values[index].values, row->value);
     }
@@ -121,7 +212,7 @@ int ini_index_of(const ini_store* store, const char* name) {
 
 int ini_index_of_nocase(const ini_store* store, const char* name) {
   if (!usable(store) || name == nullptr) return -1;
-  const auto found = store->by_folded_name.find(ini_internal_fold(name));
+  const auto found = store->by_folded_name.find(fold(name));
   return found == store->by_folded_name.end() ? -1 : found->second;
 }
 
@@ -225,4 +316,55 @@ char* ini_take_first_by_name(ini_store* store, const char* name) {
 
 char* ini_take_current_by_name(ini_store* store, const char* name) {
   return ini_take_current(store, ini_index_of(store, name));
+}
+
+int ini_set_value(ini_store* store, int index, const char* value) {
+  if (!valid_index(store, index) || value == nullptr) return k_fail;
+  return add_value(store, index, value);
+}
+
+int ini_set(ini_store* store, const char* name, const char* value) {
+  if (store == nullptr || !store->set_up || name == nullptr || value == nullptr) {
+    return k_fail;
+  }
+  const int index = ini_index_of(store, name);
+  if (index >= 0) return add_value(store, index, value);
+  if ((store->options & INI_OPT_CREATE) == 0) return k_fail;
+  return ini_create_setting(store, name, value);
+}
+
+int ini_set_value_fmt(ini_store* store, int index, const char* format, ...) {
+  if (!valid_index(store, index) || format == nullptr) return k_fail;
+  char buffer[kLineSize];
+  va_list args;
+  va_start(args, format);
+  vsnprintf(buffer, sizeof buffer, format, args);
+  va_end(args);
+  buffer[kLineMax] = '\0';
+  return add_value(store, index, buffer);
+}
+
+int ini_set_values(ini_store* store, int index, const dyn_list* strings) {
+  if (!valid_index(store, index) || strings == nullptr) return k_fail;
+  for (int i = 0; i < strings->count; ++i) {
+    const auto* text = static_cast<const char*>(strings->items[i]);
+    if (text != nullptr) add_value(store, index, text);
+  }
+  return k_ok;
+}
+
+int ini_create_setting(ini_store* store, const char* name, const char* value) {
+  if (store == nullptr || !store->set_up || name == nullptr || value == nullptr) {
+    return k_fail;
+  }
+  if ((store->options & INI_OPT_NEW_EMPTY_OK) == 0 && value[0] == '\0') return k_skipped;
+  const unsigned flags = flags_for_new_setting(store->options);
+  const int index = append_setting(store, name, flags);
+  value_list_append(&store->values[index].values, value);
+  if (log_masked(store, flags)) {
+    log_debug("Ini setting '%s' created and set to 'xxxx'", name);
+  } else {
+    log_debug("Ini setting '%s' created and set to '%s'", name, value);
+  }
+  return k_ok;
 }

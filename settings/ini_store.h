@@ -184,5 +184,3 @@ char* ini_take_current(ini_store* store, int index);
 char* ini_take_first_by_name(ini_store* store, const char* name);
 char* ini_take_current_by_name(ini_store* store, const char* name);
 
-// Settings files: ini_load, ini_read_file_value, ini_save.
-#include "settings/ini_file.h"
