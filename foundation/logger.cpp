@@ -26,8 +26,8 @@ constexpr int kCopyNameSize = 999;
 constexpr mode_t kLogMode = 0600;  // the log holds every answer given
 
 // The process-wide current logger and the errors held until one can take them.
-logger* current_log = nullptr;
-std::vector<std::string> pending_errors;
+logger* g_current_log = nullptr;
+std::vector<std::string> g_pending_errors;
 
 std::string bounded(const char* text, int size) {
   std::string result = str_or_empty(text);
@@ -92,17 +92,17 @@ std::string one_line(const char* message) {
 }
 
 void write_out_pending() {
-  if (current_log == nullptr) return;
-  for (const std::string& message : pending_errors) {
-    log_write(current_log, message.c_str(), static_cast<unsigned>(log_level::error));
+  if (g_current_log == nullptr) return;
+  for (const std::string& message : g_pending_errors) {
+    log_write(g_current_log, message.c_str(), static_cast<unsigned>(log_level::error));
   }
-  pending_errors.clear();
-  pending_errors.shrink_to_fit();
+  g_pending_errors.clear();
+  g_pending_errors.shrink_to_fit();
 }
 
 void become_current_if_none(logger* log) {
-  if (current_log != nullptr) return;
-  current_log = log;
+  if (g_current_log != nullptr) return;
+  g_current_log = log;
   write_out_pending();
 }
 
@@ -149,6 +149,22 @@ void format_message(char (&message)[kLineSize], const char* format, va_list args
   if (result == -1 || result == kLineSize) message[kLineSize - 1] = '\0';
 }
 
+// The one body of the three levels. A line is formatted only when it will
+// be written, or, for an error, held until a logger can take it.
+void log_at(log_level level, const char* format, va_list args) {
+  if (format == nullptr) return;
+  auto number = static_cast<unsigned>(level);
+  bool held = level == log_level::error && (g_current_log == nullptr || g_current_log->level == 0);
+  if (!held && (g_current_log == nullptr || g_current_log->level < number)) return;
+  char message[kLineSize];
+  format_message(message, format, args);
+  if (held) {
+    g_pending_errors.emplace_back(message);
+  } else {
+    log_write(g_current_log, message, number);
+  }
+}
+
 }  // namespace
 
 logger* log_create(unsigned level) {
@@ -160,7 +176,7 @@ logger* log_create(unsigned level) {
 void log_free(logger** log) {
   if (log == nullptr || *log == nullptr) return;
   log_close(*log);
-  if (current_log == *log) current_log = nullptr;  // nothing logs after its log is gone
+  if (g_current_log == *log) g_current_log = nullptr;  // nothing logs after its log is gone
   delete *log;
   *log = nullptr;
 }
@@ -195,9 +211,9 @@ void log_close(logger* log) {
   log->stream = nullptr;
 }
 
-void log_set_current(logger* log) { current_log = log; }
+void log_set_current(logger* log) { g_current_log = log; }
 
-logger* log_current() { return current_log; }
+logger* log_current() { return g_current_log; }
 
 void log_set_level(logger* log, unsigned level) {
   if (log != nullptr) log->level = level;
@@ -231,7 +247,7 @@ void log_flush_every(logger* log, int n) {
 }
 
 void log_flush(logger* log) {
-  logger* target = log != nullptr ? log : current_log;
+  logger* target = log != nullptr ? log : g_current_log;
   if (target != nullptr && target->stream != nullptr) fflush(target->stream);
 }
 
@@ -256,41 +272,28 @@ void log_write(logger* log, const char* message, unsigned level) {
 }
 
 void log_error(const char* format, ...) {
-  if (format == nullptr) return;
-  char message[kLineSize];
   va_list args;
   va_start(args, format);
-  format_message(message, format, args);
+  log_at(log_level::error, format, args);
   va_end(args);
-  if (current_log != nullptr && current_log->level != 0) {
-    log_write(current_log, message, static_cast<unsigned>(log_level::error));
-  } else {
-    pending_errors.emplace_back(message);
-  }
 }
 
 void log_info(const char* format, ...) {
-  if (format == nullptr || current_log == nullptr || current_log->level <= 1) return;
-  char message[kLineSize];
   va_list args;
   va_start(args, format);
-  format_message(message, format, args);
+  log_at(log_level::info, format, args);
   va_end(args);
-  log_write(current_log, message, static_cast<unsigned>(log_level::info));
 }
 
 void log_debug(const char* format, ...) {
-  if (format == nullptr || current_log == nullptr || current_log->level <= 2) return;
-  char message[kLineSize];
   va_list args;
   va_start(args, format);
-  format_message(message, format, args);
+  log_at(log_level::debug, format, args);
   va_end(args);
-  log_write(current_log, message, static_cast<unsigned>(log_level::debug));
 }
 
 void log_raw(const char* format, ...) {
-  logger* log = current_log;
+  logger* log = g_current_log;
   if (log == nullptr || format == nullptr || !ensure_stream(log)) return;
   char message[kLineSize];
   va_list args;

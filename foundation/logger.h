@@ -29,8 +29,9 @@ struct logger {
 };
 
 logger* log_create(unsigned level);
-// Closes the stream and frees the record. Neither *log nor the current logger
-// is cleared; free the current log only at the very end.
+// Closes the stream, frees the record and clears *log; when it was the
+// current logger, there is no current logger afterwards, so nothing can log
+// through it. Null-safe.
 void log_free(logger** log);
 // Opens path for appending (size taken from the file); 1 / 0. Makes the
 // logger current, writing out held errors, when none is current yet.
