@@ -72,7 +72,7 @@ void copy_script_set_callbacks(copy_script* script, file_step_callback progress,
 // found (even empty), 0 when it was not or the file cannot be opened
 // ("Error opening '%s'" logged) or an argument is null. Bad lines are logged
 // and skipped; a missing section is left to the caller to report.
-int copy_script_load(copy_script* script, const char* path, const char* section);
+[[nodiscard]] int copy_script_load(copy_script* script, const char* path, const char* section);
 // Parses one trimmed line of a section (no comment, no header) and appends it
 // when its required fields are all there: 1 appended, 0 dropped or null.
 int copy_script_parse_line(copy_script* script, const char* text);

@@ -14,7 +14,7 @@
 
 namespace {
 
-std::string last_error;
+std::string g_last_error;
 
 struct command_word {
   const char* word;
@@ -150,7 +150,7 @@ void init_set_error(const char* format, ...) {
   int written = vsnprintf(text, kLineSize, format, args);
   va_end(args);
   if (written < 0 || written >= kLineSize) text[kLineMax] = '\0';
-  last_error = text;
+  g_last_error = text;
 }
 
-const char* init_last_error() { return last_error.c_str(); }
+const char* init_last_error() { return g_last_error.c_str(); }

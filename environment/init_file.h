@@ -55,7 +55,7 @@ void init_command_free(init_command** command);
 // opened ("Failed to read '%s', %s", see init_last_error). An unknown command
 // word is logged and its line is still stored with type 0. A line of fewer
 // than five words is not stored; what it gave is carried into the next line.
-int init_load(init_list* list, const char* path);
+[[nodiscard]] int init_load(init_list* list, const char* path);
 
 // Cursor operations. Records stay owned by the list. init_first returns the
 // record at index and leaves the cursor behind it; init_next returns the

@@ -33,7 +33,7 @@ struct definition_table {
   }
 };
 
-std::unique_ptr<definition_table> runtime_defs;
+std::unique_ptr<definition_table> g_runtime_defs;
 
 std::string working_directory() {
   char buffer[kLineSize];
@@ -83,14 +83,14 @@ int runtime_settings_load(ini_store* store, const char* path) {
   table->rows.push_back({nullptr, nullptr, 0});
   ini_setup(store, table->rows.data(), nullptr, 1);
   ini_process_replaceable(store);
-  runtime_defs = std::move(table);
+  g_runtime_defs = std::move(table);
   return k_ok;
 }
 
-void runtime_settings_free() { runtime_defs.reset(); }
+void runtime_settings_free() { g_runtime_defs.reset(); }
 
 const ini_setting_def* runtime_settings_defs() {
-  return runtime_defs ? runtime_defs->rows.data() : nullptr;
+  return g_runtime_defs ? g_runtime_defs->rows.data() : nullptr;
 }
 
 char* local_host_name(char* buffer, unsigned size) {

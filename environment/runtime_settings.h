@@ -15,7 +15,7 @@
 // file's rows, and runs the replaceable pass. 1 when done; 0 for a null store
 // or path, or a file that can't be opened (logged; the store is left as it
 // was and nothing is kept).
-int runtime_settings_load(ini_store* store, const char* path);
+[[nodiscard]] int runtime_settings_load(ini_store* store, const char* path);
 
 // Frees the kept definition table; nothing when none is kept.
 void runtime_settings_free();

@@ -42,7 +42,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   ini_store* store = ini_create();
   ini_setup(store, defs, nullptr, 1);
   copy_script* script = copy_script_create(store);
-  copy_script_load(script, path.c_str(), section.c_str());
+  if (!copy_script_load(script, path.c_str(), section.c_str())) {
+    fuzz_require(copy_count(script) == 0, "a section that was not found adds no lines");
+  }
   for (int i = 0; i < copy_count(script); ++i) {
     fuzz_require(copy_type(script, i) == 0 || copy_source(script, i) != nullptr,
                  "a known operation has its source");

@@ -10,7 +10,7 @@
 
 namespace {
 
-std::string last_error;
+std::string g_last_error;
 
 }  // namespace
 
@@ -32,8 +32,8 @@ void question_set_error(const char* format, ...) {
   } else {
     log_error("%s", message);
   }
-  last_error = message;
+  g_last_error = message;
   errno = err;
 }
 
-const char* question_last_error() { return last_error.c_str(); }
+const char* question_last_error() { return g_last_error.c_str(); }

@@ -67,7 +67,7 @@ void question_set_clear(question_set* set);
 // or the section is missing ("Section '%s' not found", logged). Loading the
 // section already held returns 1 without reading; another section clears the
 // set first. Malformed lines are logged at error level and left out.
-int question_load(question_set* set, const char* path, const char* section);
+[[nodiscard]] int question_load(question_set* set, const char* path, const char* section);
 
 // Parses one trimmed question line into q, filling only the fields the line
 // gives ("-" leaves a control or comparison as it was). 1 when the line is

@@ -17,7 +17,7 @@
 
 namespace {
 
-int unattended = 0;
+int g_unattended = 0;
 
 constexpr const char* kChangePrompt = "Do you want to change your answers [n]? ";
 constexpr unsigned kAutomatic = kQuestionCopy | kQuestionExist | kQuestionError | kQuestionLoop;
@@ -190,13 +190,13 @@ bool wants_changes() {
 
 }  // namespace
 
-void question_set_unattended(int on) { unattended = on; }
+void question_set_unattended(int on) { g_unattended = on; }
 
-int question_unattended() { return unattended; }
+int question_unattended() { return g_unattended; }
 
 walk_outcome question_walk(const question_set* set, ini_store* store, int expand_error_text) {
   if (set == nullptr) return walk_outcome::failure;
-  walk_state walk{set, store, expand_error_text != 0, unattended != 0, 0, {}};
+  walk_state walk{set, store, expand_error_text != 0, g_unattended != 0, 0, {}};
   for (;;) {
     while (walk.index < question_count(set)) {
       switch (take_question(walk)) {

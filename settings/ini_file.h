@@ -29,7 +29,7 @@ int ini_parse_line(const char* text, ini_line* out);
 // (nullptr: the environment variable named by the setting "vhost_match").
 // 1 when read; 0 for a null store or file name, a store not set up, or a file
 // that can't be opened.
-int ini_load(ini_store* store, const char* file_name, const char* vhost);
+[[nodiscard]] int ini_load(ini_store* store, const char* file_name, const char* vhost);
 
 // The value of the first line of the file named like the setting at index
 // (vhost blocks mean nothing here), in one result buffer shared by every
