@@ -166,13 +166,10 @@ char* dir_part(const char* path, char* buffer, int size) {
 void copy_error(const char* format, ...) {
   int err = errno;
   if (format == nullptr) return;
-  char message[kLineSize];
   va_list args;
   va_start(args, format);
-  vsnprintf(message, sizeof message, format, args);
+  log_error("%s", str_error_line(err, format, args).c_str());
   va_end(args);
-  message[kLineMax] = '\0';
-  log_error("%s%s", message, str_error_suffix(err).c_str());
 }
 
 copy_script* copy_script_create(ini_store* store) {

@@ -412,6 +412,15 @@ std::string str_error_suffix(int err) {
   return std::string(", ") + strerror(err);
 }
 
+std::string str_error_line(int err, const char* format, va_list args) {
+  char message[kLineSize] = "";
+  if (format != nullptr) vsnprintf(message, sizeof message, format, args);
+  message[kLineMax] = '\0';  // a full buffer is left unterminated
+  std::string line = std::string(message) + str_error_suffix(err);
+  if (line.size() > static_cast<size_t>(kLineMax)) line.resize(kLineMax);
+  return line;
+}
+
 void sleep_ms(long ms) {
   if (ms <= 0) return;
   timespec wait{};

@@ -8,6 +8,7 @@
 // malloc'd: release them with free() or str_free().
 #pragma once
 
+#include <cstdarg>
 #include <cstdio>
 #include <string>
 
@@ -120,5 +121,10 @@ const char* str_error_text(int err, char* buffer, int size);
 const char* str_last_error(char* buffer, int size);
 // ", <system text>" for a log line when err is set, else "".
 std::string str_error_suffix(int err);
+// An error line: format and args formatted (at most 999 characters), then,
+// when err is not 0, ", " and the system's text for it; the whole cut at
+// 999 characters. Every error line that carries the system's reason is made
+// here.
+std::string str_error_line(int err, const char* format, va_list args);
 void sleep_ms(long ms);
 

@@ -17,22 +17,11 @@ std::string g_last_error;
 void question_set_error(const char* format, ...) {
   if (format == nullptr) return;
   const int err = errno;
-  char message[kLineSize] = {};
   va_list args;
   va_start(args, format);
-  vsnprintf(message, kLineSize, format, args);
+  g_last_error = str_error_line(err, format, args);
   va_end(args);
-  message[kLineMax] = '\0';
-  if (err != 0) {
-    char reason[kLineSize] = {};
-    str_error_text(err, reason, kLineSize);
-    log_error("%s, %s", message, reason);
-    str_append(message, ", ", kLineSize);
-    str_append(message, reason, kLineSize);
-  } else {
-    log_error("%s", message);
-  }
-  g_last_error = message;
+  log_error("%s", g_last_error.c_str());
   errno = err;
 }
 
