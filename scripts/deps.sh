@@ -1,19 +1,27 @@
 #!/usr/bin/env bash
-# Installs what building and testing need and the machine lacks (Debian 12).
+# Installs what building and testing need and the machine lacks (Debian 12):
+# the compilers and CMake, the test tools (GoogleTest, Google Benchmark, bats,
+# groff for the manual page, clang's libFuzzer), and what the tests run.
 set -euo pipefail
 need=()
 command -v cmake >/dev/null || need+=(cmake)
 command -v g++ >/dev/null || need+=(g++)
 command -v make >/dev/null || need+=(make)
 command -v bats >/dev/null || need+=(bats)
-command -v unshare >/dev/null || need+=(util-linux)
+command -v groff >/dev/null || need+=(groff-base)
 [ -f /usr/include/gtest/gtest.h ] || need+=(libgtest-dev)
 [ -f /usr/include/gmock/gmock.h ] || need+=(libgmock-dev)
 [ -f /usr/include/benchmark/benchmark.h ] || need+=(libbenchmark-dev)
 command -v clang++ >/dev/null || need+=(clang)
 ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1 ||
   need+=(libclang-rt-dev)
-getent passwd www-data >/dev/null || need+=(passwd)
+# The tests run the program in private mount namespaces (unshare, mount) and
+# as other accounts (setpriv): www-data, nobody and nogroup come from
+# base-passwd.
+command -v unshare >/dev/null && command -v setpriv >/dev/null || need+=(util-linux)
+command -v mount >/dev/null || need+=(mount)
+getent passwd www-data >/dev/null && getent passwd nobody >/dev/null &&
+  getent group nogroup >/dev/null || need+=(base-passwd)
 [ -x /usr/bin/time ] || need+=(time)
 if [ ${#need[@]} -gt 0 ]; then
   echo "Installing: ${need[*]}"
