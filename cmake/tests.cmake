@@ -56,3 +56,13 @@ if(GROFF)
 else()
   skip_tests("The manual page's lint" groff groff-base)
 endif()
+
+# The modules include each other in no circle.
+find_package(Python3 COMPONENTS Interpreter ${test_tool_required})
+if(Python3_Interpreter_FOUND)
+  add_test(NAME lint.include_circles
+           COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/scripts/include_circles.py
+                   ${PROJECT_SOURCE_DIR})
+else()
+  skip_tests("The include-circle check" python3 python3)
+endif()

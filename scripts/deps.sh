@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and the machine lacks (Debian 12):
 # the compilers and CMake, the test tools (GoogleTest, Google Benchmark, bats,
-# groff for the manual page, clang's libFuzzer), and what the tests run.
+# groff for the manual page, python3 for the include check, clang's libFuzzer), and what the tests run.
 set -euo pipefail
 need=()
 command -v cmake >/dev/null || need+=(cmake)
@@ -9,6 +9,7 @@ command -v g++ >/dev/null || need+=(g++)
 command -v make >/dev/null || need+=(make)
 command -v bats >/dev/null || need+=(bats)
 command -v groff >/dev/null || need+=(groff-base)
+command -v python3 >/dev/null || need+=(python3)
 [ -f /usr/include/gtest/gtest.h ] || need+=(libgtest-dev)
 [ -f /usr/include/gmock/gmock.h ] || need+=(libgmock-dev)
 [ -f /usr/include/benchmark/benchmark.h ] || need+=(libbenchmark-dev)
