@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and the machine lacks (Debian 12):
 # the compilers and CMake, the test tools (GoogleTest, Google Benchmark, bats,
-# groff for the manual page, python3 for the include check, clang's libFuzzer), and what the tests run.
+# groff for the manual page, python3 for the include check, clang's
+# libFuzzer), and what the tests run.
 set -euo pipefail
 need=()
 command -v cmake >/dev/null || need+=(cmake)
