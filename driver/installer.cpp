@@ -6,6 +6,7 @@
 
 #include "driver/console.h"
 #include "driver/init_commands.h"
+#include "environment/httpd_conf.h"
 #include "environment/init_file.h"
 #include "environment/runtime_settings.h"
 #include "foundation/str_path.h"
@@ -99,6 +100,13 @@ void parse_options(logger* log, char** argv, int argc) {
       tag = str_or_empty(argv[++i]);
       has_tag = true;
       log_info("Special mode [%s]", tag.c_str());
+    } else if (str_cmp(arg, "-httpd-conf") == 0) {
+      if (i + 1 >= argc) {
+        printf("Usage: install -httpd-conf <path>\n");
+        end_process(1);
+      }
+      httpd_conf_set_main(argv[++i]);
+      log_info("Httpd conf given [%s]", argv[i]);
     }
   }
 }

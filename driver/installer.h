@@ -14,7 +14,8 @@ inline constexpr const char* kInstallerVersion = "1.0d";
 int run_installer(int argc, char** argv);
 
 // The command-line pass: "-debug", "-version", "-automate", "-special <tag>",
-// compared exactly; anything else is passed over. Nothing is done when argv
+// "-httpd-conf <path>" (the web server's main configuration file; without a
+// path a usage line and exit status 1), compared exactly; anything else is passed over. Nothing is done when argv
 // is null or argc < 2.
 void parse_options(logger* log, char** argv, int argc);
 
