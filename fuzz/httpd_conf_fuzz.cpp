@@ -18,19 +18,31 @@ namespace {
 
 std::set<std::string> written;
 
-// Writes the main file and the files after it; returns the main file's path.
+// A name the input may give a file: one plain name, never the log's.
+bool plain_name(const std::string& name) {
+  return !name.empty() && name.find('/') == std::string::npos && name != "." && name != ".." &&
+         !name.starts_with("fuzz.log");
+}
+
+// Writes the main file and the files after it (those of the previous input
+// removed first); returns the main file's path.
 std::string write_files(std::string_view text) {
   std::error_code ignored;
   for (const std::string& path : written) std::filesystem::remove(path, ignored);
   written.clear();
   std::string name = "httpd.conf";
   std::string body;
-  auto flush = [&] { written.insert(fuzz_write(name.c_str(), body)); };
+  std::string main;
+  auto flush = [&] {
+    std::string path = fuzz_write(name.c_str(), body);
+    if (name == "httpd.conf") main = path;
+    written.insert(path);
+  };
   while (!text.empty()) {
     std::string_view line = fuzz_take_line(text);
-    if (line.starts_with("==> ") && line.ends_with(" <==") && line.size() > 8) {
+    if (line.size() > 8 && line.starts_with("==> ") && line.ends_with(" <==")) {
       std::string next(line.substr(4, line.size() - 8));
-      if (!next.empty() && next.find('/') == std::string::npos && next != "." && next != "..") {
+      if (plain_name(next)) {
         flush();
         name = next;
         body.clear();
@@ -40,8 +52,7 @@ std::string write_files(std::string_view text) {
     body.append(line).append("\n");
   }
   flush();
-  return *written.begin() == "" ? "" : std::filesystem::path(*written.begin()).parent_path().string() +
-                                           "/httpd.conf";
+  return main;
 }
 
 void lookup_all() {
