@@ -15,9 +15,23 @@ ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 
   need+=(libclang-rt-dev)
 getent passwd www-data >/dev/null || need+=(passwd)
 [ -x /usr/bin/time ] || need+=(time)
+# Debian's web server for tests/httpd_debian_server.bats: its libraries, and
+# the packages themselves downloaded (never installed) into a cache.
+dpkg -s libapr1 libaprutil1 >/dev/null 2>&1 || need+=(libapr1 libaprutil1)
+command -v curl >/dev/null || need+=(curl)
+command -v ip >/dev/null || need+=(iproute2)
+deb_cache=${INSTALL_DEB_CACHE:-/var/tmp/install-debs}
+server_debs=(apache2 apache2-bin libapache2-mod-php8.2)
 if [ ${#need[@]} -gt 0 ]; then
   echo "Installing: ${need[*]}"
   export DEBIAN_FRONTEND=noninteractive
   apt-get update -qq
   apt-get install -y -qq "${need[@]}"
 fi
+for deb in "${server_debs[@]}"; do
+  if ! ls "$deb_cache/${deb}_"*.deb >/dev/null 2>&1; then
+    mkdir -p "$deb_cache"
+    [ -n "${apt_updated:-}" ] || { apt-get update -qq; apt_updated=1; }
+    (cd "$deb_cache" && apt-get download -qq "$deb")
+  fi
+done
