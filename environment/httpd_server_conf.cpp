@@ -19,6 +19,7 @@
 #include "fileops/file_trust.h"
 #include "foundation/logger.h"
 #include "foundation/results.h"
+#include "foundation/str_path.h"
 #include "foundation/str_text.h"
 
 namespace {
@@ -432,7 +433,10 @@ void read_path(reader& r, const std::string& path, int depth) {
 }
 
 void include(reader& r, const std::string& pattern, int depth, const std::string& where) {
-  if (pattern.empty() || pattern[0] != '/') return;
+  if (pattern.empty() || pattern[0] != '/') {
+    log_debug("Include at %s without an absolute ServerRoot, skipped [%s]", where.c_str(), pattern.c_str());
+    return;
+  }
   std::vector<std::string> paths;
   expand_path("", pattern, &paths);
   if (paths.empty()) log_debug("Include at %s matches nothing [%s]", where.c_str(), pattern.c_str());
@@ -465,6 +469,8 @@ int httpd_server_conf_read(const char* main_path, httpd_values* values) {
   reader r;
   r.values = values;
   std::string main(main_path);
+  char cwd[kPathSize];
+  if (main[0] != '/' && str_getcwd(cwd, kPathSize) != nullptr) main = join(cwd, main);
   r.server_root = directory_of(main);
   read_envvars(r, r.server_root);
   *values = {};
