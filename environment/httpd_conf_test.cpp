@@ -135,6 +135,12 @@ TEST_F(HttpdConfReadOnTest, OnlyWhereTheScanGivesNoUsableAnswer) {
     EXPECT_EQ(request(c.want), c.expected) << c.conf << c.more;
     EXPECT_EQ(logged("Reading httpd conf"), c.read_on) << c.conf << c.more;
   }
+  // What the scan found stays: the virtual host's root it took last, not the
+  // server-wide one the second reading prefers.
+  httpd_conf_reset_cache();
+  put(0, "User root\nDocumentRoot /server\n<VirtualHost *:80>\nDocumentRoot /host\n</VirtualHost>\n");
+  EXPECT_EQ(request(kScripts), "ERR:Could not find, Group, ScriptAlias");
+  EXPECT_EQ(request(kRoot), "/host");
   // The more places are probed and logged as the eight are.
   EXPECT_TRUE(logged("Is Httpd conf?[" + more_[0] + "]"));
   EXPECT_TRUE(logged("Is Httpd conf?[" + more_[1] + "]"));

@@ -61,8 +61,8 @@ TEST_F(HttpdServerConfTest, ReadsAsTheServerDoes) {
       // the main file's server-wide value beats an included one.
       {{{"conf.d/b.conf", "DocumentRoot /b\nUser bee\n"},
         {"conf.d/a.conf", "User ay\nGroup g\nDocumentRoot /a\n"},
-        {"conf.d/.hidden.conf", "Group hidden\n"},
-        {"main.conf", "ServerRoot @\nInclude conf.d/*.conf\nDocumentRoot /main\n"}},
+        {"conf.d/.hidden.conf", "ScriptAlias /cgi-bin/ /hidden/\n"},
+        {"main.conf", "ServerRoot @\nDocumentRoot /main\nInclude conf.d/*.conf\n"}},
        "bee|g|/main|-"},
       // ${NAME} from Define and from envvars (read, not run); unknown stays.
       {{{"envvars", "unset HOME\nexport APACHE_RUN_USER=www-data\nexport X_DIR=\"/x$SUFFIX\"\n"},
@@ -89,6 +89,9 @@ TEST_F(HttpdServerConfTest, ReadsAsTheServerDoes) {
        "o'brien|-|@/htdocs|/my cgi/"},
       // A loop is cut, a chain stops below kHttpdIncludeDepthMax levels.
       {links, "u|g15|-|-"},
+      // A section left open ends with its file.
+      {{{"open.conf", "<IfModule mod_missing.c>\n"}, {"main.conf", "Include @/open.conf\nUser after\n"}},
+       "after|-|-|-"},
       // A directory is read whole, in order, sub-directories included.
       {{{"dir/sub/x.conf", "User deep\n"}, {"dir/a.conf", "User a\n"}, {"main.conf", "Include @/dir\n"}},
        "deep|-|-|-"},
@@ -104,6 +107,9 @@ TEST_F(HttpdServerConfTest, SaysWhereEachValueWasFound) {
   read({{"inc.conf", "\n# x\nGroup staff\n"}, {"main.conf", "User root\nInclude @/inc.conf\n"}});
   EXPECT_EQ(values_[kHttpdUser].where, path("main.conf") + ":1");
   EXPECT_EQ(values_[kHttpdGroup].where, path("inc.conf") + ":3");
+  read({{"main.conf", "Include @/main.conf\n"}});
+  EXPECT_NE(read_file("test.log").find("Include loop, skipped [" + path("main.conf") + "]"),
+            std::string::npos);
 }
 
 TEST_F(HttpdServerConfTest, ReadsOnlyRegularFilesOnlyThroughTrustedLinks) {
