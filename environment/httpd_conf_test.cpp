@@ -64,6 +64,8 @@ TEST_F(HttpdConfTest, DirectiveLines) {
       // A physical line longer than 999 characters is read in pieces.
       {"#" + std::string(998, 'x') + " User root\n", kUser, "root"},
       {"DocumentRoot /" + std::string(1500, 'r'), kRoot, "/" + std::string(985, 'r')},
+      // Nothing past the first mebibyte is read.
+      {std::string(1 << 20, '#') + "\nUser root\n", kUser, none},
   };
   for (const auto& c : cases) {
     httpd_conf_reset_cache();
