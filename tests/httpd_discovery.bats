@@ -158,9 +158,15 @@ full_conf() {
 @test "the stock layouts of today's hosts: the values each server runs with" {
   local cgid='ln -s ../mods-available/cgid.load /etc/apache2/mods-enabled/cgid.load'
   local cgi='ln -s ../mods-available/cgi.load /etc/apache2/mods-enabled/cgi.load'
+  # The web server's account plants a link in a directory an include reads,
+  # to a root-only file that would make its own directory the document root.
+  local planted='chmod 1777 /etc/apache2/conf-enabled; mkdir -m 700 /etc/secret;'
+  planted+=' echo "DocumentRoot /var/www/planted" > /etc/secret/root.conf;'
+  planted+=' setpriv --reuid=www-data --regid=www-data --clear-groups ln -s /etc/secret/root.conf /etc/apache2/conf-enabled/zz.conf'
   # layout | set-up | values and flags | first message
   local rows=(
     "debian||www-data|www-data|/var/www/html|cgi_dir|false,false,false,true|ERROR: Could not find, ScriptAlias"
+    "debian|$planted|www-data|www-data|/var/www/html|cgi_dir|false,false,false,true|ERROR: Could not find, ScriptAlias"
     "debian|$cgid|www-data|www-data|/var/www/html|/usr/lib/cgi-bin/|false,false,false,false|"
     "debian|$cgi|www-data|www-data|/var/www/html|/usr/lib/cgi-bin/|false,false,false,false|"
     "redhat||apache|apache|/var/www/html|/var/www/cgi-bin/|false,false,false,false|"
