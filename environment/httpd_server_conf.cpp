@@ -60,6 +60,14 @@ struct section {
 
 using file_id = std::pair<dev_t, ino_t>;
 
+// Where a line stands; its text is made only when a value or a log line
+// needs it.
+struct line_place {
+  const std::string& path;
+  int number;
+  std::string text() const { return path + ":" + std::to_string(number); }
+};
+
 struct reader {
   httpd_values* values = nullptr;
   std::array<origin, kHttpdValueCount> origins{};
@@ -70,8 +78,22 @@ struct reader {
   std::vector<section> sections;
   std::vector<file_id> chain;  // the files being read, main file first
   int files_read = 0;
+  long bytes_read = 0;
+  int paths_left = kHttpdConfPathsMax;  // paths an include may still look at
   int vhosts_seen = 0;
 };
+
+// Counts one path against the reading's budget; false (logged once) when it
+// is spent, so that an include of "/" or of "/*/*/*" ends soon.
+bool spend_path(reader& r, const std::string& path) {
+  if (r.paths_left == 0) return false;
+  if (--r.paths_left == 0) {
+    log_debug("More than %d paths looked at for includes, stopped at [%s]", kHttpdConfPathsMax,
+              path.c_str());
+    return false;
+  }
+  return true;
+}
 
 bool is_blank(char c) { return c == ' ' || c == '\t'; }
 
@@ -139,6 +161,7 @@ std::vector<std::string> split_words(std::string_view line) {
 
 // ${NAME} replaced where NAME is known; unknown references stay as written.
 std::string expand(const reader& r, std::string_view text) {
+  if (text.find("${") == std::string_view::npos) return std::string(text.substr(0, kHttpdExpandedLineMax));
   std::string out;
   size_t at = 0;
   while (at < text.size() && out.size() < kHttpdExpandedLineMax) {
@@ -266,12 +289,12 @@ bool replaces(const origin& now, const httpd_found_value& held, const origin& he
   return now.vhost <= held_origin.vhost;
 }
 
-void take_value(reader& r, httpd_value_index index, std::string text, const std::string& where,
+void take_value(reader& r, httpd_value_index index, std::string text, const line_place& where,
                 bool included) {
   origin now{r.sections.empty() ? 0 : r.sections.back().vhost, included};
   httpd_found_value& held = (*r.values)[index];
   if (!replaces(now, held, r.origins[index])) return;
-  held = {std::move(text), where, true};
+  held = {std::move(text), where.text(), true};
   r.origins[index] = now;
 }
 
@@ -280,9 +303,9 @@ std::string from_server_root(const reader& r, const std::string& path) {
   return r.server_root + "/" + path;
 }
 
-void include(reader& r, const std::string& pattern, int depth, const std::string& where);
+void include(reader& r, const std::string& pattern, int depth, const line_place& where);
 
-void take_directive(reader& r, const std::vector<std::string>& words, const std::string& where,
+void take_directive(reader& r, const std::vector<std::string>& words, const line_place& where,
                     int depth) {
   const std::string& name = words[0];
   const std::string none;
@@ -315,7 +338,9 @@ void take_directive(reader& r, const std::vector<std::string>& words, const std:
   }
 }
 
-void take_line(reader& r, const std::string& where, std::string_view raw, int depth) {
+void take_line(reader& r, const line_place& where, std::string_view raw, int depth) {
+  // A text line ends at a NUL byte, as it does for the server.
+  raw = raw.substr(0, raw.find('\0'));
   std::string line = expand(r, trim(raw));
   if (line.empty() || line[0] == '#') return;
   if (line[0] == '<') {
@@ -347,7 +372,7 @@ void read_text(reader& r, const std::string& path, std::string_view text, int de
     } else {
       logical.append(line);
     }
-    take_line(r, path + ":" + std::to_string(first), logical, depth);
+    take_line(r, line_place{path, first}, logical, depth);
     logical.clear();
   }
   r.sections.resize(std::min(r.sections.size(), open_sections));
@@ -355,8 +380,9 @@ void read_text(reader& r, const std::string& path, std::string_view text, int de
 
 // 1 when read, 0 when it did not open, -1 when skipped (loop, bound).
 int read_file(reader& r, const std::string& path, int depth) {
-  if (r.files_read >= kHttpdConfFilesMax) {
-    log_debug("More than %d configuration files, skipped [%s]", kHttpdConfFilesMax, path.c_str());
+  if (r.files_read >= kHttpdConfFilesMax || r.bytes_read >= kHttpdConfTotalBytesMax) {
+    log_debug("More than %d configuration files or %ld bytes, skipped [%s]", kHttpdConfFilesMax,
+              kHttpdConfTotalBytesMax, path.c_str());
     return k_skipped;
   }
   std::string text;
@@ -367,6 +393,7 @@ int read_file(reader& r, const std::string& path, int depth) {
     return k_skipped;
   }
   ++r.files_read;
+  r.bytes_read += static_cast<long>(text.size());
   r.chain.push_back(id);
   log_debug("Reading httpd conf [%s]", path.c_str());
   read_text(r, path, text, depth);
@@ -398,7 +425,9 @@ std::string join(const std::string& dir, const std::string& name) {
 
 // Wildcards may stand in any component; a component that has one matches
 // names of directories when components follow it.
-void expand_path(const std::string& prefix, std::string_view rest, std::vector<std::string>* out) {
+void expand_path(reader& r, const std::string& prefix, std::string_view rest,
+                 std::vector<std::string>* out) {
+  if (!spend_path(r, prefix)) return;
   while (!rest.empty() && rest.front() == '/') rest.remove_prefix(1);
   if (rest.empty()) {
     out->push_back(prefix.empty() ? "/" : prefix);
@@ -409,17 +438,18 @@ void expand_path(const std::string& prefix, std::string_view rest, std::vector<s
   std::string_view tail = slash == std::string_view::npos ? std::string_view() : rest.substr(slash);
   std::string dir = prefix.empty() ? "/" : prefix;
   if (component.find_first_of("*?[") == std::string::npos) {
-    expand_path(join(dir, component), tail, out);
+    expand_path(r, join(dir, component), tail, out);
     return;
   }
   for (const std::string& name : matching_names(dir, component)) {
     std::string path = join(dir, name);
-    if (tail.empty() || file_is_dir(path.c_str())) expand_path(path, tail, out);
+    if (tail.empty() || file_is_dir(path.c_str())) expand_path(r, path, tail, out);
   }
 }
 
 // A directory is read whole: every file in it and below it, in order.
 void read_path(reader& r, const std::string& path, int depth) {
+  if (!spend_path(r, path)) return;
   if (depth > kHttpdIncludeDepthMax) {
     log_debug("Includes nested deeper than %d, skipped [%s]", kHttpdIncludeDepthMax, path.c_str());
     return;
@@ -432,14 +462,14 @@ void read_path(reader& r, const std::string& path, int depth) {
   for (const std::string& name : matching_names(path, "*")) read_path(r, join(path, name), depth + 1);
 }
 
-void include(reader& r, const std::string& pattern, int depth, const std::string& where) {
+void include(reader& r, const std::string& pattern, int depth, const line_place& where) {
   if (pattern.empty() || pattern[0] != '/') {
-    log_debug("Include at %s without an absolute ServerRoot, skipped [%s]", where.c_str(), pattern.c_str());
+    log_debug("Include at %s without an absolute ServerRoot, skipped [%s]", where.text().c_str(), pattern.c_str());
     return;
   }
   std::vector<std::string> paths;
-  expand_path("", pattern, &paths);
-  if (paths.empty()) log_debug("Include at %s matches nothing [%s]", where.c_str(), pattern.c_str());
+  expand_path(r, "", pattern, &paths);
+  if (paths.empty()) log_debug("Include at %s matches nothing [%s]", where.text().c_str(), pattern.c_str());
   for (const std::string& path : paths) read_path(r, path, depth);
 }
 

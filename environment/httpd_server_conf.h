@@ -15,11 +15,14 @@
 
 #include "foundation/handles.h"
 
-// Bounds: bytes read of one file, include nesting below the main file,
-// files read in all, characters of a line after ${NAME} expansion.
+// Bounds: bytes read of one file and of all files, include nesting below
+// the main file, files read in all, paths that includes look at in all (wildcard steps,
+// directory entries), characters of a line after ${NAME} expansion.
 inline constexpr long kHttpdConfMaxBytes = 1L << 20;
+inline constexpr long kHttpdConfTotalBytesMax = 8L << 20;
 inline constexpr int kHttpdIncludeDepthMax = 16;
 inline constexpr int kHttpdConfFilesMax = 256;
+inline constexpr int kHttpdConfPathsMax = 4096;
 inline constexpr size_t kHttpdExpandedLineMax = 65536;
 
 // The four values, in the order of httpd_conf_lookup's arguments.
