@@ -305,18 +305,34 @@ std::string from_server_root(const reader& r, const std::string& path) {
 
 void include(reader& r, const std::string& pattern, int depth, const line_place& where);
 
+// User, Group, DocumentRoot (relative to ServerRoot) and the directory of a
+// ScriptAlias whose URL holds "cgi-bin".
+void take_value_directive(reader& r, const std::vector<std::string>& words,
+                          const line_place& where, bool included) {
+  for (const value_directive& directive : kValueDirectives) {
+    if (!same_word(words[0], directive.name)) continue;
+    if (directive.index == kHttpdScriptDir) {
+      if (words.size() < 3 || words[1].find("cgi-bin") == std::string::npos) return;
+      take_value(r, directive.index, words[2], where, included);
+    } else if (directive.index == kHttpdDocumentRoot) {
+      take_value(r, directive.index, from_server_root(r, words[1]), where, included);
+    } else {
+      take_value(r, directive.index, words[1], where, included);
+    }
+  }
+}
+
+// A directive line of at least a name and one argument.
 void take_directive(reader& r, const std::vector<std::string>& words, const line_place& where,
                     int depth) {
-  const std::string& name = words[0];
-  const std::string none;
-  const std::string& first = words.size() > 1 ? words[1] : none;
-  const std::string& second = words.size() > 2 ? words[2] : none;
   if (words.size() < 2) return;
+  const std::string& name = words[0];
+  const std::string& first = words[1];
   if (same_word(name, "ServerRoot")) {
     r.server_root = first.size() > 1 && first.back() == '/' ? first.substr(0, first.size() - 1) : first;
   } else if (same_word(name, "Define")) {
     r.defined.insert(first);
-    if (words.size() > 2) r.variables[first] = second;
+    if (words.size() > 2) r.variables[first] = words[2];
   } else if (same_word(name, "UnDefine")) {
     r.defined.erase(first);
     r.variables.erase(first);
@@ -324,17 +340,8 @@ void take_directive(reader& r, const std::vector<std::string>& words, const line
     load_module(r, first);
   } else if (same_word(name, "Include") || same_word(name, "IncludeOptional")) {
     include(r, from_server_root(r, first), depth + 1, where);
-  }
-  for (const value_directive& directive : kValueDirectives) {
-    if (!same_word(name, directive.name)) continue;
-    if (directive.index == kHttpdScriptDir) {
-      if (first.find("cgi-bin") == std::string::npos || words.size() < 3) return;
-      take_value(r, directive.index, second, where, depth > 0);
-    } else if (directive.index == kHttpdDocumentRoot) {
-      take_value(r, directive.index, from_server_root(r, first), where, depth > 0);
-    } else {
-      take_value(r, directive.index, first, where, depth > 0);
-    }
+  } else {
+    take_value_directive(r, words, where, depth > 0);
   }
 }
 
