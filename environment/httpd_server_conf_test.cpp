@@ -89,6 +89,8 @@ TEST_F(HttpdServerConfTest, ReadsAsTheServerDoes) {
        "o'brien|-|@/htdocs|/my cgi/"},
       // A loop is cut, a chain stops below kHttpdIncludeDepthMax levels.
       {links, "u|g15|-|-"},
+      // A line ends at a NUL byte.
+      {{{"main.conf", std::string("User ro\0ot\nGroup \0g\n", 20)}}, "ro|-|-|-"},
       // A section left open ends with its file.
       {{{"open.conf", "<IfModule mod_missing.c>\n"}, {"main.conf", "Include @/open.conf\nUser after\n"}},
        "after|-|-|-"},
