@@ -17,7 +17,8 @@ getent passwd www-data >/dev/null || need+=(passwd)
 [ -x /usr/bin/time ] || need+=(time)
 # Debian's web server for tests/httpd_debian_server.bats: its libraries, and
 # the packages themselves downloaded (never installed) into a cache.
-dpkg -s libapr1 libaprutil1 >/dev/null 2>&1 || need+=(libapr1 libaprutil1)
+server_libs=(libapr1 libaprutil1 libargon2-1 libsodium23 libxml2 libssl3)
+dpkg -s "${server_libs[@]}" >/dev/null 2>&1 || need+=("${server_libs[@]}")
 command -v curl >/dev/null || need+=(curl)
 command -v ip >/dev/null || need+=(iproute2)
 deb_cache=${INSTALL_DEB_CACHE:-/var/tmp/install-debs}
