@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "environment/httpd_conf.h"
 #include "foundation/console.h"
 #include "foundation/str_text.h"
 
@@ -43,6 +44,13 @@ option_outcome parse_options(logger* log, char** argv, int argc) {
       g_tag = str_or_empty(argv[++i]);
       g_has_tag = true;
       log_info("Special mode [%s]", g_tag.c_str());
+    } else if (str_cmp(arg, "-httpd-conf") == 0) {
+      if (i + 1 >= argc) {
+        console_print("Usage: install -httpd-conf <path>\n");
+        return {true, 1};
+      }
+      httpd_conf_set_main(argv[++i]);
+      log_info("Httpd conf given [%s]", argv[i]);
     }
   }
   return {};

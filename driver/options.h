@@ -7,16 +7,19 @@
 inline constexpr const char* kInstallerVersion = "1.0d";
 
 // What the command line asks for: go on with the run, or end it at once
-// with a status ("-version": 0, "-special" without a tag: 1).
+// with a status ("-version": 0, an option without its argument: 1).
 struct option_outcome {
   bool end = false;
   int status = 0;
 };
 
-// The command-line pass: "-debug", "-version", "-automate", "-special <tag>",
-// compared exactly; anything else is passed over. "-debug" sets log's level;
-// "-version" prints the version and "-special" without a tag its usage on
-// the console. Nothing is done when argv is null or argc < 2.
+// The command-line pass: "-debug", "-version", "-automate", "-special <tag>"
+// and "-httpd-conf <path>" (the web server's main configuration file, read
+// as the server reads it instead of probing the usual places), compared
+// exactly; anything else is passed over. "-debug" sets log's level;
+// "-version" prints the version, and "-special" or "-httpd-conf" without its
+// argument a usage line, on the console. Nothing is done when argv is null
+// or argc < 2.
 option_outcome parse_options(logger* log, char** argv, int argc);
 
 // The program's base name (argv[0] without directory, cut at its first dot);

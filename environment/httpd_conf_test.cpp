@@ -64,6 +64,8 @@ TEST_F(HttpdConfTest, DirectiveLines) {
       // A physical line longer than 999 characters is read in pieces.
       {"#" + std::string(998, 'x') + " User root\n", kUser, "root"},
       {"DocumentRoot /" + std::string(1500, 'r'), kRoot, "/" + std::string(985, 'r')},
+      // Nothing past the first mebibyte is read.
+      {std::string(1 << 20, '#') + "\nUser root\n", kUser, none},
   };
   for (const auto& c : cases) {
     httpd_conf_reset_cache();
@@ -85,6 +87,77 @@ TEST_F(HttpdConfTest, CacheAnswersWithoutOpeningAFile) {
   put(1, "Group root\nDocumentRoot /e\n");
   EXPECT_EQ(request(kGroup), "root");
   EXPECT_EQ(request(kRoot), "/e");
+}
+
+// Where the line scan gives no usable answer, the configuration is read again
+// as the server reads it; where it does, nothing more is read.
+class HttpdConfReadOnTest : public HttpdConfTest {
+ protected:
+  void SetUp() override {
+    HttpdConfTest::SetUp();
+    more_ = {path("more1.conf"), path("more2.conf")};
+    httpd_conf_set_more_places(&more_);
+  }
+  void TearDown() override {
+    httpd_conf_set_more_places(nullptr);
+    httpd_conf_set_main(nullptr);
+    HttpdConfTest::TearDown();
+  }
+  bool logged(const std::string& line) { return read_file("test.log").find(line) != std::string::npos; }
+
+  std::vector<std::string> more_;
+};
+
+TEST_F(HttpdConfReadOnTest, OnlyWhereTheScanGivesNoUsableAnswer) {
+  const struct {
+    std::string conf;  // at the first candidate; "" for none
+    std::string more;  // at the second of the more places
+    Want want;
+    std::string expected;
+    bool read_on;
+  } cases[] = {
+      {"User root\nDocumentRoot /d\n", "", kRoot, "/d", false},
+      {"User no_such_user_zq\n", "", kUser, "ERR:User 'no_such_user_zq' has bad uid '-1'", false},
+      {"User ${RUN_USER}\n", "", kUser, "root", true},
+      {"ServerRoot /srv\nDocumentRoot htdocs\n", "", kRoot, "/srv/htdocs", true},
+      {"User root\n", "", kScripts, "ERR:Could not find, Group, DocumentRoot, ScriptAlias", true},
+      {"", "Group root\nInclude " + path("inc") + "\n", kScripts, "/c/", true},
+      {"", "User nobody_zq_unknown\n", kUser, "ERR:User 'nobody_zq_unknown' has bad uid '-1'", true},
+      {"", "", kUser, "ERR:Cannot find httpd.conf file", false},
+  };
+  write_file("envvars", "export RUN_USER=root\n");
+  write_file("inc", "ScriptAlias /cgi-bin/ /c/\n");
+  for (const auto& c : cases) {
+    httpd_conf_reset_cache();
+    std::filesystem::remove(candidates_[0]);
+    std::filesystem::remove(more_[1]);
+    if (!c.conf.empty()) put(0, c.conf);
+    if (!c.more.empty()) write_file("more2.conf", c.more);
+    write_file("test.log", "");
+    EXPECT_EQ(request(c.want), c.expected) << c.conf << c.more;
+    EXPECT_EQ(logged("Reading httpd conf"), c.read_on) << c.conf << c.more;
+  }
+  // What the scan found stays: the virtual host's root it took last, not the
+  // server-wide one the second reading prefers.
+  httpd_conf_reset_cache();
+  put(0, "User root\nDocumentRoot /server\n<VirtualHost *:80>\nDocumentRoot /host\n</VirtualHost>\n");
+  EXPECT_EQ(request(kScripts), "ERR:Could not find, Group, ScriptAlias");
+  EXPECT_EQ(request(kRoot), "/host");
+  // The more places are probed and logged as the eight are.
+  EXPECT_TRUE(logged("Is Httpd conf?[" + more_[0] + "]"));
+  EXPECT_TRUE(logged("Is Httpd conf?[" + more_[1] + "]"));
+}
+
+TEST_F(HttpdConfReadOnTest, TheOperatorsFileAloneIsRead) {
+  put(0, "User root\n");
+  write_file("given.conf", "User ${U}\nDefine U daemon\nUser ${U}\n");
+  httpd_conf_set_main(path("given.conf").c_str());
+  EXPECT_EQ(request(kUser), "daemon");
+  EXPECT_FALSE(logged("Is Httpd conf?"));
+  EXPECT_TRUE(logged("User [daemon] found in " + path("given.conf") + ":3"));
+  httpd_conf_reset_cache();
+  httpd_conf_set_main(path("missing.conf").c_str());
+  EXPECT_EQ(request(kUser), "ERR:Cannot find httpd.conf file");
 }
 
 }  // namespace

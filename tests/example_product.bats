@@ -10,7 +10,9 @@ HTTPD_CONFS=(
   /etc/apache/httpd.conf /etc/httpd/conf/httpd.conf /etc/httpd/httpd.conf
   /usr/local/apache/conf/httpd.conf /usr/local/httpd/conf/httpd.conf
   /usr/local/apache/etc/httpd.conf /usr/internet/httpd/public/conf/httpd.conf
-  /opt/apache/conf/httpd.conf
+  /opt/apache/conf/httpd.conf /etc/apache2/apache2.conf /etc/apache2/httpd.conf
+  /usr/local/apache2/conf/httpd.conf /usr/local/etc/apache24/httpd.conf
+  /opt/homebrew/etc/httpd/httpd.conf /usr/local/etc/httpd/httpd.conf
 )
 
 setup() {
