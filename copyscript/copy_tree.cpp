@@ -83,10 +83,7 @@ bool join_or_refuse(char* target, const char* dir, const file_entry& entry) {
 // entered only while it is the directory listed.
 int copy_into(const copy_source_parts& source, const file_entry& destination, unsigned* bytes) {
   unique_fd into = file_entry_open_dir(&destination);
-  if (!into) {
-    file_report(false, file_entry_path(&destination), nullptr, 1);
-    return 0;
-  }
+  if (!into) return 0;
   int count = 0;
   bool found = visit_listing(open_listing(source.dir, source.pattern), [&](const file_entry& entry) {
     const char* name = file_entry_name(&entry);
@@ -145,10 +142,7 @@ int change_listing(const tree_change& change, file_listing* listing, const char*
     unique_fd dir;
     if (file_entry_is_dir(&entry)) {
       dir = file_entry_open_dir(&entry);
-      if (!dir) {
-        file_report(false, path, nullptr, 1);
-        return true;
-      }
+      if (!dir) return true;  // reported when it changed; the walk goes on
       unique_fd listed(fcntl(dir.get(), F_DUPFD_CLOEXEC, 0));
       count += change_listing(change, file_listing_open(std::move(listed), path, "*"), not_list);
     }

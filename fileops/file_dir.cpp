@@ -140,6 +140,11 @@ unique_fd file_entry_open_dir(const file_entry* entry) {
   errno = link ? ELOOP : err;
   file_error(link ? "Not following symbolic link '%s'" : "Error opening dir '%s'", entry->path);
   errno = link ? ELOOP : err;
+  // Something else now stands at the name: a failed step of its own, where
+  // an unreadable directory is only logged, as it always was.
+  if (errno == ELOOP || errno == ESTALE || errno == ENOTDIR) {
+    file_report(false, entry->path, nullptr, 1);
+  }
   return {};
 }
 

@@ -65,7 +65,9 @@ void file_dir_close(file_listing** listing);
 // Opens a listed directory relative to its listing, never through a link,
 // and only when it is still the directory that was listed. Failures are
 // logged ("Not following symbolic link '%s'" for a link, "Error opening dir
-// '%s'" otherwise, ESTALE for another directory swapped in) with errno set.
+// '%s'" otherwise, ESTALE for another directory swapped in) with errno set;
+// when something else stands at the name now, that is also reported to the
+// failed step callback.
 unique_fd file_entry_open_dir(const file_entry* entry);
 
 // A new entry for path, holding the directory above it (found as

@@ -127,10 +127,7 @@ bool is_top_destination(const tree_walk& walk, const file_entry* entry) {
 // below; a move then removes what is left of the source.
 int walk_into(const tree_walk& walk, const file_entry* entry, const held_dir& below) {
   unique_fd source = file_entry_open_dir(entry);
-  if (!source) {
-    file_report(false, entry->path, nullptr, 1);
-    return 0;
-  }
+  if (!source) return 0;
   int count = walk_listing(walk, std::move(source), entry->path, "*", below);
   if (!walk.move) return count;
   if (remove_at(entry->dir_fd, entry->name.c_str(), entry->path, entry->status, walk.exclude,
@@ -250,13 +247,14 @@ int remove_below(unique_fd dir, const char* path, const char* exclude) {
   return count;
 }
 
-// Removes name of dir_fd (with the status it was found with) and, with
-// recursive, what is below it first. A link is removed itself: never listed,
-// since listing it would list where it points.
+// Removes name of dir_fd (with the status it was found with, none when it
+// could not be read) and, for a directory with recursive, what is below it
+// first. A link is removed itself: never listed, since listing it would list
+// where it points.
 int remove_at(int dir_fd, const char* name, const char* path, const struct stat& status,
               const char* exclude, int recursive) {
   int count = 0;
-  if (recursive && !S_ISLNK(status.st_mode)) {
+  if (recursive && (S_ISDIR(status.st_mode) || status.st_mode == 0)) {
     file_entry listed;
     listed.dir_fd = dir_fd;
     listed.name = name;
