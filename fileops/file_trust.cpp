@@ -169,6 +169,9 @@ unique_fd file_open_beside(int dir_fd, const char* name, const char* shown, int 
     errno = EINVAL;
     return {};
   }
+  // Most names are no links: one open, and the walk only for the others.
+  unique_fd fd(openat(dir_fd, name, flags | O_NOFOLLOW | O_CLOEXEC));
+  if (fd || (errno != ELOOP && errno != ENOTDIR)) return fd;
   path_walk walk(dir_fd, {{name, shown != nullptr ? shown : name}});
   return walk.walk(flags);
 }
