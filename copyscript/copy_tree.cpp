@@ -17,7 +17,8 @@ namespace {
 
 // Lists dir (opened as fileops/file_trust.h says) for names matching pattern.
 file_listing* open_listing(const char* dir, const char* pattern) {
-  return file_listing_open(file_open_path(dir, O_RDONLY | O_DIRECTORY), dir, pattern);
+  return file_listing_open(file_open_path(dir, O_RDONLY | O_DIRECTORY), dir, pattern,
+                           file_status_need::type);
 }
 
 // Calls visit(entry) for each entry of listing, in listing order, until it
@@ -85,7 +86,8 @@ int copy_into(const copy_source_parts& source, const file_entry& destination, un
   unique_fd into = file_entry_open_dir(&destination);
   if (!into) return 0;
   int count = 0;
-  bool found = visit_listing(open_listing(source.dir, source.pattern), [&](const file_entry& entry) {
+  file_listing* listing = open_listing(source.dir, source.pattern);
+  bool found = visit_listing(listing, [&](const file_entry& entry) {
     const char* name = file_entry_name(&entry);
     char target[kPathSize];
     if (excluded(name, source.not_list) || !join_or_refuse(target, destination.path, entry)) {
@@ -144,7 +146,9 @@ int change_listing(const tree_change& change, file_listing* listing, const char*
       dir = file_entry_open_dir(&entry);
       if (!dir) return true;  // reported when it changed; the walk goes on
       unique_fd listed(fcntl(dir.get(), F_DUPFD_CLOEXEC, 0));
-      count += change_listing(change, file_listing_open(std::move(listed), path, "*"), not_list);
+      file_listing* below =
+          file_listing_open(std::move(listed), path, "*", file_status_need::type);
+      count += change_listing(change, below, not_list);
     }
     errno = 0;
     if (!apply_change(change, entry, dir ? dir.get() : -1)) {

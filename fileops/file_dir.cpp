@@ -18,6 +18,7 @@ struct file_listing {
   std::string pattern;
   unique_dir stream;
   bool shared;  // another account can change the directory's entries
+  file_status_need need;
 };
 
 namespace {
@@ -49,6 +50,19 @@ bool read_status(file_entry* entry) {
   return true;
 }
 
+// The type bits of a listed type that needs no status call, else 0 (a
+// directory's identity and a link's owner are read in full).
+mode_t listed_type(unsigned char type) {
+  switch (type) {
+    case DT_REG: return S_IFREG;
+    case DT_FIFO: return S_IFIFO;
+    case DT_SOCK: return S_IFSOCK;
+    case DT_CHR: return S_IFCHR;
+    case DT_BLK: return S_IFBLK;
+    default: return 0;
+  }
+}
+
 bool shared_dir(int fd) {
   struct stat status {};
   return fstat(fd, &status) != 0 || !file_dir_private(status);
@@ -62,7 +76,8 @@ void refuse_long_name(const file_listing* listing) {
 
 }  // namespace
 
-file_listing* file_listing_open(unique_fd dir, const char* path, const char* pattern) {
+file_listing* file_listing_open(unique_fd dir, const char* path, const char* pattern,
+                                file_status_need need) {
   if (path == nullptr || pattern == nullptr) return nullptr;
   bool shared = dir && shared_dir(dir.get());
   unique_dir stream(dir ? fdopendir(dir.get()) : nullptr);
@@ -71,7 +86,7 @@ file_listing* file_listing_open(unique_fd dir, const char* path, const char* pat
     return nullptr;
   }
   dir.release();  // the stream owns it now
-  return new file_listing{path, pattern, std::move(stream), shared};
+  return new file_listing{path, pattern, std::move(stream), shared, need};
 }
 
 int file_listing_fd(const file_listing* listing) {
@@ -82,7 +97,8 @@ file_entry* file_dir_open(file_listing** listing, const char* dir, const char* p
   if (listing == nullptr || dir == nullptr || pattern == nullptr) return nullptr;
   *listing = nullptr;
   errno = 0;
-  file_listing* opened = file_listing_open(file_open_path(dir, kListFlags), dir, pattern);
+  file_listing* opened =
+      file_listing_open(file_open_path(dir, kListFlags), dir, pattern, file_status_need::full);
   if (opened == nullptr) return nullptr;
   auto* entry = new file_entry;
   if (!file_dir_next(entry, opened)) {
@@ -110,6 +126,13 @@ int file_dir_next(file_entry* entry, file_listing* listing) {
     entry->dir_shared = listing->shared;
     entry->name = name;
     str_copy(entry->path, path, kPathSize);
+    mode_t type = listing->need == file_status_need::type ? listed_type(found->d_type) : 0;
+    if (type != 0) {
+      entry->status = {};
+      entry->status.st_mode = type;
+      entry->link_target.clear();
+      return 1;
+    }
     if (read_status(entry)) return 1;
   }
   return 0;
@@ -149,7 +172,11 @@ unique_fd file_entry_open_dir(const file_entry* entry) {
 }
 
 file_entry* file_entry_new(const char* path) {
-  if (path == nullptr || str_len(path) > kPathMax) return nullptr;
+  if (path == nullptr) return nullptr;
+  if (str_len(path) > kPathMax) {
+    errno = ENAMETOOLONG;
+    return nullptr;
+  }
   auto* entry = new file_entry;
   str_copy(entry->path, path, kPathSize);
   entry->own_dir = file_open_parent(path, &entry->name);

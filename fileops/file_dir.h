@@ -48,10 +48,18 @@ struct file_listing;
 // argument is null, the directory cannot be opened (logged as "Error opening
 // dir '%s'" with the system's reason) or nothing matches.
 file_entry* file_dir_open(file_listing** listing, const char* dir, const char* pattern);
+// What a listing reads of each entry's status: all of it, or, for entries
+// that are neither directories nor links, only the type the directory
+// itself gives (no system call per name; all that a walk needs, since it
+// acts on the name relative to its directory or through a descriptor it
+// checks itself).
+enum class file_status_need { full, type };
+
 // Lists the directory held by dir (taken over) as path: the listing (closed
 // with file_dir_close), or null with "Error opening dir '%s'" logged when
 // dir is not valid or cannot be read. Nothing is read yet.
-file_listing* file_listing_open(unique_fd dir, const char* path, const char* pattern);
+file_listing* file_listing_open(unique_fd dir, const char* path, const char* pattern,
+                                file_status_need need);
 // The descriptor of the directory a listing holds (the listing's own), or -1.
 int file_listing_fd(const file_listing* listing);
 // Refills entry with the next matching name: 1, or 0 at the end (entry then

@@ -113,7 +113,9 @@ TEST_F(FileDir, ANameHoldingABackslashIsOneName) {
 // What stands at a listed directory's name is checked when it is entered:
 // a link or another directory swapped in since is refused and reported.
 TEST_F(FileDir, ADirectorySwappedAfterItWasListedIsNotEntered) {
-  for (const char* dir : {"tree", "tree/sub", "outside"}) ASSERT_EQ(mkdir(path(dir).c_str(), 0755), 0);
+  for (const char* dir : {"tree", "tree/sub", "outside"}) {
+    ASSERT_EQ(mkdir(path(dir).c_str(), 0755), 0);
+  }
   file_listing* listing = nullptr;
   file_entry* entry = file_dir_open(&listing, path("tree").c_str(), "sub");
   ASSERT_NE(entry, nullptr);

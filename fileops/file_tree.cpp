@@ -164,9 +164,8 @@ int walk_file(const tree_walk& walk, const file_entry* entry, const held_dir& de
 int walk_entry(const tree_walk& walk, const file_entry* entry, const held_dir& destination) {
   const char* name = entry->name.c_str();
   char target[kPathSize];
-  if (excluded(name, walk.exclude) || !join_or_refuse(target, destination.path, name, entry->path)) {
-    return 0;
-  }
+  if (excluded(name, walk.exclude)) return 0;
+  if (!join_or_refuse(target, destination.path, name, entry->path)) return 0;
   if (!file_entry_is_dir(entry)) return walk_file(walk, entry, destination, target);
   if (walk.recursive) return walk_subdir(walk, entry, destination, target);
   errno = 0;
@@ -178,7 +177,8 @@ int walk_entry(const tree_walk& walk, const file_entry* entry, const held_dir& d
 
 int walk_listing(const tree_walk& walk, unique_fd source, const char* source_path,
                  const char* pattern, const held_dir& destination) {
-  file_listing* listing = file_listing_open(std::move(source), source_path, pattern);
+  file_listing* listing =
+      file_listing_open(std::move(source), source_path, pattern, file_status_need::type);
   if (listing == nullptr) return 0;
   int count = 0;
   file_entry entry;
@@ -236,7 +236,8 @@ int remove_entry(const file_entry* entry, const char* exclude) {
 
 // Removes the listed contents of a directory held open.
 int remove_below(unique_fd dir, const char* path, const char* exclude) {
-  file_listing* listing = file_listing_open(std::move(dir), path, "*");
+  file_listing* listing =
+      file_listing_open(std::move(dir), path, "*", file_status_need::type);
   if (listing == nullptr) return 0;
   int count = 0;
   file_entry entry;
@@ -299,6 +300,12 @@ int file_remove_tree_at(const file_entry* entry, const char* exclude) {
 
 int file_mkdir(const char* path, int parents) {
   if (path == nullptr) return k_fail;
+  if (str_len(path) > kPathMax) {  // never made under a cut name
+    errno = ENAMETOOLONG;
+    file_error("Error creating directory '%.255s'", path);
+    file_report(false, path, nullptr, 1);
+    return k_fail;
+  }
   if (!file_path_trusted(path)) {
     file_report(false, path, nullptr, 1);
     return k_fail;
