@@ -63,11 +63,6 @@ mode_t listed_type(unsigned char type) {
   }
 }
 
-bool shared_dir(int fd) {
-  struct stat status {};
-  return fstat(fd, &status) != 0 || !file_dir_private(status);
-}
-
 // A name whose full path would not fit: never cut, so it is a failed step.
 void refuse_long_name(const file_listing* listing) {
   errno = ENAMETOOLONG;
@@ -79,7 +74,7 @@ void refuse_long_name(const file_listing* listing) {
 file_listing* file_listing_open(unique_fd dir, const char* path, const char* pattern,
                                 file_status_need need) {
   if (path == nullptr || pattern == nullptr) return nullptr;
-  bool shared = dir && shared_dir(dir.get());
+  bool shared = dir && file_dir_shared(dir.get());
   unique_dir stream(dir ? fdopendir(dir.get()) : nullptr);
   if (!stream) {
     file_error("Error opening dir '%s'", path);
@@ -181,7 +176,7 @@ file_entry* file_entry_new(const char* path) {
   str_copy(entry->path, path, kPathSize);
   entry->own_dir = file_open_parent(path, &entry->name);
   entry->dir_fd = entry->own_dir.get();
-  entry->dir_shared = entry->own_dir && shared_dir(entry->dir_fd);
+  entry->dir_shared = entry->own_dir && file_dir_shared(entry->dir_fd);
   if (!entry->own_dir || !read_status(entry)) {
     delete entry;
     return nullptr;

@@ -23,8 +23,6 @@ struct component {
   std::string shown;
 };
 
-bool owner_trusted(uid_t uid) { return uid == 0 || uid == geteuid(); }
-
 bool is_separator(char c, bool backslash) { return c == '/' || (backslash && c == '\\'); }
 
 // Pushes the components of text onto todo so that its first is walked next;
@@ -99,7 +97,7 @@ class path_walk {
       return false;
     }
     struct stat dir {};
-    if (!owner_trusted(link.st_uid) || fstat(at_, &dir) != 0 || !file_dir_private(dir)) {
+    if (!file_owner_trusted(link.st_uid) || fstat(at_, &dir) != 0 || !file_dir_private(dir)) {
       refused_ = true;
       refuse(part.shown);
       return false;
@@ -151,8 +149,25 @@ unique_fd walk_text(const char* path, int final_flags, bool* refused) {
 
 }  // namespace
 
+bool file_owner_trusted(uid_t uid) { return uid == 0 || uid == geteuid(); }
+
+bool file_dir_shared(int dir_fd) {
+  struct stat status {};
+  return fstat(dir_fd, &status) != 0 || !file_dir_private(status);
+}
+
+bool file_refuse_second_name(const struct stat& file, bool dir_shared, const char* doing,
+                             const char* path) {
+  if (!dir_shared || !S_ISREG(file.st_mode) || file.st_nlink <= 1) return false;
+  errno = EMLINK;
+  file_error("Not %s '%s': it has other names and other accounts can change its directory",
+             doing, path);
+  errno = EMLINK;
+  return true;
+}
+
 bool file_dir_private(const struct stat& dir) {
-  return owner_trusted(dir.st_uid) && ((dir.st_mode & (S_IWGRP | S_IWOTH)) == 0 ||
+  return file_owner_trusted(dir.st_uid) && ((dir.st_mode & (S_IWGRP | S_IWOTH)) == 0 ||
                                        (dir.st_mode & S_ISVTX) != 0);
 }
 

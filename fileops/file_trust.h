@@ -30,6 +30,19 @@
 // or the directory's, may rename or remove it).
 bool file_dir_private(const struct stat& dir);
 
+// 1 when uid is root or the running user.
+bool file_owner_trusted(uid_t uid);
+// True when another account can change the entries of the directory dir_fd
+// holds (or its status cannot be read).
+bool file_dir_shared(int dir_fd);
+// A regular file with more than one name, in a directory another account
+// can change: its other name may stand anywhere, for a root-only file
+// outside the tree. Then logs "Not <doing> '<path>': it has other names and
+// other accounts can change its directory" with the reason for EMLINK, leaves
+// errno at EMLINK and returns true.
+bool file_refuse_second_name(const struct stat& file, bool dir_shared, const char* doing,
+                             const char* path);
+
 // Opens what path names with flags (O_NOFOLLOW and O_CLOEXEC added), walking
 // it as above. An invalid descriptor on failure with errno set; an untrusted
 // link is logged ("Not following symbolic link '%s'" with the path up to it
