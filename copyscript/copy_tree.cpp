@@ -1,6 +1,9 @@
 #include "copyscript/copy_tree.h"
 
-#include <string>
+#include <fcntl.h>
+
+#include <cerrno>
+#include <memory>
 #include <vector>
 
 #include "fileops/file_dir.h"
@@ -8,20 +11,25 @@
 #include "fileops/file_trust.h"
 #include "fileops/wild_match.h"
 #include "foundation/logger.h"
-#include "foundation/str_path.h"
 #include "foundation/str_text.h"
 
 namespace {
 
-// Calls visit(entry) for each entry of dir matching pattern, in listing
-// order, until it returns false. Returns whether anything matched.
+// Lists dir (opened as fileops/file_trust.h says) for names matching pattern.
+file_listing* open_listing(const char* dir, const char* pattern) {
+  return file_listing_open(file_open_path(dir, O_RDONLY | O_DIRECTORY), dir, pattern,
+                           file_status_need::type);
+}
+
+// Calls visit(entry) for each entry of listing, in listing order, until it
+// returns false; closes the listing. Returns whether anything matched.
 template <typename Visit>
-bool walk_listing(const char* dir, const char* pattern, Visit visit) {
-  file_listing* listing = nullptr;
-  file_entry* entry = file_dir_open(&listing, dir, pattern);
-  bool found = entry != nullptr;
-  while (entry != nullptr) {
-    if (!visit(*entry) || !file_dir_next(entry, listing)) file_entry_free(&entry);
+bool visit_listing(file_listing* listing, Visit visit) {
+  bool found = false;
+  file_entry entry;
+  while (listing != nullptr && file_dir_next(&entry, listing)) {
+    found = true;
+    if (!visit(entry)) break;
   }
   file_dir_close(&listing);
   return found;
@@ -31,10 +39,12 @@ bool excluded(const char* name, const char* not_list) {
   return not_list != nullptr && wild_list_match_nocase(name, not_list);
 }
 
-// The existing directories matching the destination's pattern part, by full
-// path, in listing order.
-std::vector<std::string> destination_dirs(const copy_script* script, int index) {
-  std::vector<std::string> dirs;
+using entry_ptr = std::unique_ptr<file_entry>;
+
+// The existing directories matching the destination's pattern part, in
+// listing order, each held as listed in the directory *parent holds open.
+std::vector<entry_ptr> destination_dirs(const copy_script* script, int index, unique_fd* parent) {
+  std::vector<entry_ptr> dirs;
   char dir[kPathSize];
   char pattern[kPathSize];
   if (copy_destination_pattern(script, index, pattern, kPathSize) == nullptr ||
@@ -42,9 +52,12 @@ std::vector<std::string> destination_dirs(const copy_script* script, int index) 
     return dirs;
   }
   const char* not_list = copy_not(script, index);
-  walk_listing(dir, pattern, [&](const file_entry& entry) {
+  file_listing* listing = open_listing(dir, pattern);
+  if (listing != nullptr) parent->reset(fcntl(file_listing_fd(listing), F_DUPFD_CLOEXEC, 0));
+  visit_listing(listing, [&](const file_entry& entry) {
     if (file_entry_is_dir(&entry) && !excluded(file_entry_name(&entry), not_list)) {
-      dirs.emplace_back(file_entry_path(&entry));
+      dirs.emplace_back(file_entry_clone(&entry));
+      dirs.back()->dir_fd = parent->get();
     }
     return true;
   });
@@ -58,20 +71,34 @@ struct copy_source_parts {
   bool whole_trees;
 };
 
-// Copies the source's matching entries into one destination directory.
-int copy_into(const copy_source_parts& source, const std::string& destination, unsigned* bytes) {
+// The full path of name in dir for the messages, or a failed step (logged,
+// never cut, so two names can never land on one).
+bool join_or_refuse(char* target, const char* dir, const file_entry& entry) {
+  if (file_path_join(target, dir, file_entry_name(&entry))) return true;
+  errno = ENAMETOOLONG;
+  file_report(false, file_entry_path(&entry), nullptr, 1);
+  return false;
+}
+
+// Copies the source's matching entries into one destination directory,
+// entered only while it is the directory listed.
+int copy_into(const copy_source_parts& source, const file_entry& destination, unsigned* bytes) {
+  unique_fd into = file_entry_open_dir(&destination);
+  if (!into) return 0;
   int count = 0;
-  bool found = walk_listing(source.dir, source.pattern, [&](const file_entry& entry) {
+  file_listing* listing = open_listing(source.dir, source.pattern);
+  bool found = visit_listing(listing, [&](const file_entry& entry) {
     const char* name = file_entry_name(&entry);
-    if (excluded(name, source.not_list)) return true;
     char target[kPathSize];
-    str_copy(target, destination.c_str(), kPathSize);
-    str_path_join(target, name, kPathSize);
-    const char* path = file_entry_path(&entry);
+    if (excluded(name, source.not_list) || !join_or_refuse(target, destination.path, entry)) {
+      return true;
+    }
     if (!file_entry_is_dir(&entry)) {
-      if (file_copy(path, target, 1, bytes) > 0) ++count;
+      file_place from{entry.dir_fd, name, entry.path};
+      file_place to{into.get(), name, target};
+      if (file_copy_at(from, to, 1, bytes) > 0) ++count;
     } else if (source.whole_trees) {
-      count += file_copy_dir(path, "*", source.not_list, target, 1, bytes);
+      count += file_copy_tree_at(&entry, into.get(), target, source.not_list, bytes);
     }
     return true;
   });
@@ -92,15 +119,17 @@ struct tree_change {
   int mode;
 };
 
-int apply_change(const tree_change& change, const char* path) {
-  return change.owner ? file_chown(path, change.uid, change.gid) : file_chmod(path, change.mode);
+int apply_change(const tree_change& change, const file_entry& entry, int held) {
+  return change.owner ? file_entry_chown(&entry, held, change.uid, change.gid)
+                      : file_entry_chmod(&entry, held, change.mode);
 }
 
-int change_tree(const tree_change& change, const char* dir, const char* pattern,
-                const char* not_list) {
+// Changes the listed entries and everything below them; a directory is
+// entered, and then changed itself, through the descriptor opened on it.
+int change_listing(const tree_change& change, file_listing* listing, const char* not_list) {
   int count = 0;
   bool first = true;
-  bool found = walk_listing(dir, pattern, [&](const file_entry& entry) {
+  bool found = visit_listing(listing, [&](const file_entry& entry) {
     if (first && not_list != nullptr) {
       log_debug("Found files to %s, not doing '%s'", change.op, not_list);
     } else if (first) {
@@ -112,8 +141,21 @@ int change_tree(const tree_change& change, const char* dir, const char* pattern,
       log_debug("Not %s '%s'", change.skipping, path);
       return true;
     }
-    if (file_entry_is_dir(&entry)) count += change_tree(change, path, "*", not_list);
-    if (!apply_change(change, path)) {
+    unique_fd dir;
+    if (file_entry_is_dir(&entry)) {
+      dir = file_entry_open_dir(&entry);
+      if (!dir) return true;  // reported when it changed; the walk goes on
+      unique_fd listed(fcntl(dir.get(), F_DUPFD_CLOEXEC, 0));
+      file_listing* below =
+          file_listing_open(std::move(listed), path, "*", file_status_need::type);
+      count += change_listing(change, below, not_list);
+    }
+    errno = 0;
+    if (!apply_change(change, entry, dir ? dir.get() : -1)) {
+      if (errno == EMLINK) {  // refused for this entry alone
+        file_report(false, path, nullptr, 1);
+        return true;
+      }
       copy_error("file_%s failed", change.op);
       return false;
     }
@@ -156,7 +198,8 @@ int copy_tree_paths_trusted(const copy_script* script, int index) {
 }
 
 int copy_tree_copy(const copy_script* script, int index, int whole_trees, unsigned* bytes) {
-  std::vector<std::string> destinations = destination_dirs(script, index);
+  unique_fd parent;
+  std::vector<entry_ptr> destinations = destination_dirs(script, index, &parent);
   if (destinations.empty()) {
     copy_error("No destination directories found");
     return 0;
@@ -169,8 +212,7 @@ int copy_tree_copy(const copy_script* script, int index, int whole_trees, unsign
   source.not_list = copy_not(script, index);
   source.whole_trees = whole_trees != 0;
   int count = 0;
-  for (const std::string& destination : destinations)
-    count += copy_into(source, destination, bytes);
+  for (const entry_ptr& destination : destinations) count += copy_into(source, *destination, bytes);
   return count;
 }
 
@@ -183,13 +225,12 @@ int copy_tree_remove(const copy_script* script, int index, int with_dirs) {
   }
   const char* not_list = copy_not(script, index);
   int count = 0;
-  walk_listing(dir, pattern, [&](const file_entry& entry) {
+  visit_listing(open_listing(dir, pattern), [&](const file_entry& entry) {
     if (excluded(file_entry_name(&entry), not_list)) return true;
-    const char* path = file_entry_path(&entry);
     if (!file_entry_is_dir(&entry)) {
-      count += file_remove(path);
+      count += file_entry_remove(&entry);
     } else if (with_dirs) {
-      count += file_remove_tree(path, nullptr, 1);
+      count += file_remove_tree_at(&entry, nullptr);
     }
     return true;
   });
@@ -198,10 +239,10 @@ int copy_tree_remove(const copy_script* script, int index, int with_dirs) {
 
 int copy_tree_chown(const char* dir, const char* pattern, const char* not_list, int uid, int gid) {
   tree_change change{"chown", "chown'ing", "chown'ing", true, uid, gid, 0};
-  return change_tree(change, dir, pattern, not_list);
+  return change_listing(change, open_listing(dir, pattern), not_list);
 }
 
 int copy_tree_chmod(const char* dir, const char* pattern, const char* not_list, int mode) {
   tree_change change{"chmod", "chmod'ding", "chmod'ing", false, 0, 0, mode};
-  return change_tree(change, dir, pattern, not_list);
+  return change_listing(change, open_listing(dir, pattern), not_list);
 }

@@ -156,4 +156,69 @@ TEST_F(copy_tree_test, LinesThroughAnotherAccountsLinkAreRefusedWhole) {
   outside_untouched();
 }
 
+// Names that the web server's account gave its files, holding "\", are
+// names: no line over the tree reaches what they would spell as a path.
+TEST_F(copy_tree_test, NamesHoldingABackslashReachNothingOutsideTheTree) {
+  if (geteuid() != 0) GTEST_SKIP() << "owner changes need root";
+  make("tree/..\\outside\\secret", "mine");
+  make("tree/..\\outside\\dir/kept", "mine");
+  make("tree/lnk\\secret", "mine");
+  link("outside", "tree/lnk");
+  make("copy/");
+  for (const char* line : {"Chown @/tree - nobody", "Chmod @/tree - 777", "CopyDir @/tree - @/copy",
+                           "RmFile @/tree/* -", "RmDir @/tree -"}) {
+    EXPECT_GT(run(line), 0) << line;
+    outside_untouched();
+    if (std::string(line).starts_with("Chown")) {
+      EXPECT_EQ(status("tree/..\\outside\\secret").st_uid, kNobody);
+    }
+  }
+  EXPECT_EQ(read("copy/tree/..\\outside\\dir/kept"), "mine");
+  EXPECT_FALSE(exists("tree"));
+}
+
+// In a directory the web server's account owns: a file with a second name
+// is neither re-owned, re-moded nor written; its planted links stay its own
+// through an owner change to root, so they never pass for root's; and a
+// copy of the tree reads through none of them.
+TEST_F(copy_tree_test, AnotherAccountsTreeLendsNoSecondNamesOrLinks) {
+  if (geteuid() != 0) GTEST_SKIP() << "owner changes need root";
+  make("tree/own.txt", "own");
+  make("src/conf.txt", "new");
+  ASSERT_EQ(::link(path("outside/secret").c_str(), path("tree/conf.txt").c_str()), 0);
+  link("outside/secret", "tree/to_file");
+  link("outside", "tree/to_dir");
+  for (const char* name : {"tree", "tree/own.txt", "tree/to_file", "tree/to_dir"}) {
+    ASSERT_EQ(lchown(path(name).c_str(), kNobody, kNobody), 0);
+  }
+  EXPECT_EQ(run("Chown @/tree/* - root"), 3);
+  EXPECT_EQ(run("Chmod @/tree/* - 666"), 3);
+  EXPECT_EQ(run("CopyFile @/src/conf.txt - @/tree"), 0);
+  EXPECT_EQ(failures(), std::vector<int>(3, EMLINK));
+  EXPECT_EQ(times_logged("it has other names and other accounts can change its directory"), 3);
+  EXPECT_EQ(status("tree/own.txt").st_uid, 0u);
+  EXPECT_EQ(status("tree/to_dir").st_uid, kNobody);
+
+  EXPECT_EQ(run("Chown @/tree - root"), 4);  // the links counted, left as they were
+  failures().clear();
+  EXPECT_EQ(run("CopyFile @/src/conf.txt - @/tree/to_dir/dir"), 0);
+  make("backup/");
+  EXPECT_EQ(run("CopyDir @/tree - @/backup"), 3);  // tree made, own.txt, conf.txt
+  EXPECT_EQ(failures(), (std::vector<int>{ELOOP, ELOOP, ELOOP}));
+  EXPECT_EQ(read("backup/tree/to_file") + read("backup/tree/to_dir"), "");  // left empty
+  outside_untouched();
+}
+
+// A target that would not fit in 255 characters fails its step: never cut,
+// so two sources can never land on one name.
+TEST_F(copy_tree_test, PathsTooLongFailTheirStepInsteadOfBeingCut) {
+  std::string deep = "www/" + std::string(200, 'd') + "/";
+  make(deep);
+  make("src/" + std::string(60, 'n') + "A", "a");
+  make("src/" + std::string(60, 'n') + "B", "b");
+  EXPECT_EQ(run("CopyFile @/src/* - @/" + deep.substr(0, deep.size() - 1)), 0);
+  EXPECT_EQ(failures(), (std::vector<int>{ENAMETOOLONG, ENAMETOOLONG}));
+  EXPECT_EQ(times_logged("File name too long"), 2);
+}
+
 }  // namespace

@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
 #include <map>
 #include <string>
 
@@ -88,6 +90,47 @@ TEST_F(FileDir, NamesTooLongForAPathAreSkippedNotCut) {
   write_text(deep + "/short", "x");
   EXPECT_EQ(list(deep, "*"), (listed{{"short", "file"}}));
   EXPECT_NE(log_text().find("File name too long"), std::string::npos);
+  EXPECT_EQ(steps().size(), 1u);  // a failed step, so the console says so
+  EXPECT_EQ(steps()[0].rfind("failed ", 0), 0u);
+}
+
+// A listed name is one name: "\" in it separates nothing.
+TEST_F(FileDir, ANameHoldingABackslashIsOneName) {
+  ASSERT_EQ(mkdir(path("tree").c_str(), 0755), 0);
+  write_text(path("tree/..\\f"), "mine");
+  write_text(path("f"), "other");
+  file_listing* listing = nullptr;
+  file_entry* entry = file_dir_open(&listing, path("tree").c_str(), "*");
+  ASSERT_NE(entry, nullptr);
+  EXPECT_STREQ(file_entry_name(entry), "..\\f");
+  EXPECT_EQ(file_entry_status(entry)->st_size, 4);
+  EXPECT_EQ(file_entry_remove(entry), 1);
+  file_entry_free(&entry);
+  file_dir_close(&listing);
+  EXPECT_EQ(read_text(path("f")), "other");
+}
+
+// What stands at a listed directory's name is checked when it is entered:
+// a link or another directory swapped in since is refused and reported.
+TEST_F(FileDir, ADirectorySwappedAfterItWasListedIsNotEntered) {
+  for (const char* dir : {"tree", "tree/sub", "outside"}) {
+    ASSERT_EQ(mkdir(path(dir).c_str(), 0755), 0);
+  }
+  file_listing* listing = nullptr;
+  file_entry* entry = file_dir_open(&listing, path("tree").c_str(), "sub");
+  ASSERT_NE(entry, nullptr);
+  ASSERT_TRUE(file_entry_open_dir(entry));
+  ASSERT_EQ(rename(path("tree/sub").c_str(), path("tree/old").c_str()), 0);
+  ASSERT_EQ(symlink(path("outside").c_str(), path("tree/sub").c_str()), 0);
+  EXPECT_FALSE(file_entry_open_dir(entry));
+  EXPECT_EQ(errno, ELOOP);
+  ASSERT_EQ(unlink(path("tree/sub").c_str()), 0);
+  ASSERT_EQ(mkdir(path("tree/sub").c_str(), 0755), 0);
+  EXPECT_FALSE(file_entry_open_dir(entry));
+  EXPECT_EQ(errno, ESTALE);
+  EXPECT_EQ(steps(), (std::vector<std::string>{"failed tree/sub - 1", "failed tree/sub - 1"}));
+  file_entry_free(&entry);
+  file_dir_close(&listing);
 }
 
 }  // namespace

@@ -1,18 +1,20 @@
 // Single files: the step callbacks, path tests, copy, move, remove, rename,
-// modes, owners, ids, path names and the error line.
+// ids, path names and the error line (modes and owners: file_change.cpp).
 #include "fileops/file_ops.h"
 
 #include <fcntl.h>
 #include <grp.h>
 #include <pwd.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <string>
 
+#include "fileops/file_dir.h"
+#include "fileops/file_trust.h"
 #include "foundation/formatter.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
@@ -30,11 +32,6 @@ alignas(4096) char g_stream[kChunkSize * kStreamChunks];
 
 file_callback_pair g_callbacks;
 
-void report(bool ok, const char* source, const char* destination, int is_file) {
-  file_step_callback callback = ok ? g_callbacks.done : g_callbacks.failed;
-  if (callback != nullptr) callback(source, destination, is_file);
-}
-
 bool is_separator(char c) { return c == '/' || c == '\\'; }
 
 // The last separator of path, or nullptr.
@@ -46,24 +43,14 @@ const char* last_separator(const char* path) {
   return found;
 }
 
-// The destination names the very file the source names (one inode), so
-// truncating it would destroy the source.
-bool same_file(const char* source, const char* destination) {
-  struct stat source_status {};
-  struct stat destination_status {};
-  return stat(destination, &destination_status) == 0 && stat(source, &source_status) == 0 &&
-         source_status.st_dev == destination_status.st_dev &&
-         source_status.st_ino == destination_status.st_ino;
+bool same_inode(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-bool readable(const char* path) {
-  unique_fd fd(open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  return static_cast<bool>(fd);
-}
-
-// Opens a copy source: only a regular file can be read to its end.
-unique_fd open_source(const char* path) {
-  unique_fd fd(open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+// Opens a copy source: only a regular file can be read to its end, and a
+// FIFO or a device is refused before a byte is read.
+unique_fd open_source(int dir_fd, const char* name, const char* path) {
+  unique_fd fd = file_open_beside(dir_fd, name, path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
   struct stat status {};
   if (fd && fstat(fd.get(), &status) == 0 && !S_ISREG(status.st_mode)) {
     errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
@@ -72,44 +59,7 @@ unique_fd open_source(const char* path) {
   return fd;
 }
 
-// fchmodat2, the kernel's own "change a mode without following a link",
-// where the C library does not call it yet: one system call where the
-// library's fchmodat opens the path, checks it and changes the mode through
-// /proc. The number is the same on every architecture listed.
-#if defined(SYS_fchmodat2)
-constexpr long kFchmodat2 = SYS_fchmodat2;
-#elif defined(__x86_64__) || defined(__aarch64__) || defined(__riscv)
-constexpr long kFchmodat2 = 452;
-#else
-constexpr long kFchmodat2 = -1;
-#endif
-bool g_fchmodat2_missing = kFchmodat2 < 0;
-
-// fchmodat(AT_SYMLINK_NOFOLLOW): 0 or -1 with errno, EOPNOTSUPP for a link.
-// A kernel without the call says ENOSYS; a system-call filter that does not
-// know it may say EPERM instead, so the library's way is asked then too (a
-// real EPERM comes back from it the same).
-int chmod_no_follow(const char* path, mode_t mode) {
-  if (!g_fchmodat2_missing) {
-    if (syscall(kFchmodat2, AT_FDCWD, path, mode, AT_SYMLINK_NOFOLLOW) == 0) return 0;
-    if (errno != ENOSYS && errno != EPERM) return -1;
-    if (errno == ENOSYS) g_fchmodat2_missing = true;
-    errno = 0;
-  }
-  return fchmodat(AT_FDCWD, path, mode, AT_SYMLINK_NOFOLLOW);
-}
-
-constexpr int kWriteFlags = O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW;
-
-// Creates destination when nothing stands at its name. A file made here is
-// new, so it cannot be the source, and nothing was there to keep: the checks
-// for those cases are left to the callers that found something.
-unique_fd create_new(const char* destination) {
-  int saved = errno;
-  unique_fd out(open(destination, kWriteFlags | O_EXCL, 0666));
-  errno = saved;
-  return out;
-}
+constexpr int kWriteFlags = O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW;
 
 bool write_all(int fd, const char* data, size_t size) {
   while (size > 0) {
@@ -141,29 +91,86 @@ bool copy_stream(int source, int destination, const char* source_path,
   }
 }
 
-// Copies between opened ends (the destination is opened here unless out
-// already holds it); the destination's close is checked too, since a full
-// disk may only show there. A link at the destination's name is never
-// written through (the open fails with ELOOP): the tree being installed into
-// may have been planted by a less trusted account.
-bool copy_contents(const char* source, const char* destination, unsigned* bytes, unique_fd out) {
-  if (!out) out.reset(open(destination, kWriteFlags | O_TRUNC, 0666));
+// Opens an existing destination for writing and empties it, unless it is
+// not a regular file, is the source itself, or has other names where other
+// accounts can change its directory. A link at its name is never written
+// through (ELOOP). Failures are logged.
+unique_fd open_existing(const file_place& destination, int in, const char* source_path) {
+  unique_fd out(openat(destination.dir_fd, destination.name, kWriteFlags));
+  struct stat status {};
+  if (out && fstat(out.get(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    errno = EINVAL;
+    out.reset();
+  }
   if (!out) {
-    file_error("Error opening '%s' for write", destination);
-    return false;
+    file_error("Error opening '%s' for write", destination.path);
+    return out;
   }
-  unique_fd in = open_source(source);
+  struct stat source_status {};
+  if (in >= 0 && fstat(in, &source_status) == 0 && same_inode(status, source_status)) {
+    log_error("Error copying '%s' to '%s', the same file", source_path, destination.path);
+    return {};
+  }
+  if (file_refuse_second_name(status, file_dir_shared(destination.dir_fd), "writing",
+                              destination.path)) {
+    return {};
+  }
+  if (ftruncate(out.get(), 0) != 0) {
+    file_error("Error opening '%s' for write", destination.path);
+    return {};
+  }
+  return out;
+}
+
+// The destination named the very file the source is, by its status: then a
+// skipped copy is still the error it always was.
+bool names_source(const file_place& destination, int in) {
+  struct stat status {};
+  struct stat source_status {};
+  return in >= 0 && fstatat(destination.dir_fd, destination.name, &status, 0) == 0 &&
+         fstat(in, &source_status) == 0 && same_inode(status, source_status);
+}
+
+// Copies the opened source (in, or the errno of its failed open) to
+// destination as file_copy says.
+int copy_opened(unique_fd in, int in_error, const char* source_path,
+                const file_place& destination, int overwrite, unsigned* bytes) {
+  unique_fd out(openat(destination.dir_fd, destination.name, kWriteFlags | O_CREAT | O_EXCL, 0666));
+  if (!out && errno != EEXIST) {
+    file_error("Error opening '%s' for write", destination.path);
+    return k_fail;
+  }
+  if (!out) {
+    if (names_source(destination, in.get())) {
+      log_error("Error copying '%s' to '%s', the same file", source_path, destination.path);
+      return k_fail;
+    }
+    unique_fd readable(openat(destination.dir_fd, destination.name,
+                              O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
+    if (overwrite == 0 && readable) return k_skipped;
+    errno = 0;
+    out = open_existing(destination, in.get(), source_path);
+    if (!out) return k_fail;
+  }
   if (!in) {
-    file_error("Error opening '%s' for read", source);
-    return false;
+    errno = in_error;
+    file_error("Error opening '%s' for read", source_path);
+    return k_fail;
   }
-  if (!copy_stream(in.get(), out.get(), source, destination, bytes)) return false;
+  if (!copy_stream(in.get(), out.get(), source_path, destination.path, bytes)) return k_fail;
   errno = 0;
   if (close(out.release()) != 0) {
-    file_error("Error writing to '%s'", destination);
-    return false;
+    file_error("Error writing to '%s'", destination.path);
+    return k_fail;
   }
-  return true;
+  return k_ok;
+}
+
+// Removes name from dir_fd, a directory too when it is empty.
+int remove_name(int dir_fd, const char* name) {
+  if (unlinkat(dir_fd, name, 0) == 0) return k_ok;
+  if (errno != EISDIR) return k_fail;
+  return unlinkat(dir_fd, name, AT_REMOVEDIR) == 0 ? k_ok : k_fail;
 }
 
 }  // namespace
@@ -179,6 +186,11 @@ void file_set_callback_pair(const file_callback_pair* pair) {
 
 void file_get_callbacks(file_callback_pair* pair) {
   if (pair != nullptr) *pair = g_callbacks;
+}
+
+void file_report(bool ok, const char* source, const char* destination, int is_file) {
+  file_step_callback callback = ok ? g_callbacks.done : g_callbacks.failed;
+  if (callback != nullptr) callback(source, destination, is_file);
 }
 
 int file_path_type(const char* path) {
@@ -205,71 +217,74 @@ int file_is_dir(const char* path) {
   return path != nullptr && stat(path, &status) == 0 && S_ISDIR(status.st_mode) ? 1 : 0;
 }
 
+int file_copy_at(const file_place& source, const file_place& destination, int overwrite,
+                 unsigned* bytes) {
+  errno = 0;
+  unique_fd in = open_source(source.dir_fd, source.name, source.path);
+  int in_error = errno;
+  int result = copy_opened(std::move(in), in_error, source.path, destination, overwrite, bytes);
+  if (result != k_skipped) file_report(result == k_ok, source.path, destination.path, 1);
+  return result;
+}
+
 int file_copy(const char* source, const char* destination, int overwrite, unsigned* bytes) {
   errno = 0;
   if (source == nullptr || destination == nullptr) {
-    report(false, source, destination, 1);
+    file_report(false, source, destination, 1);
     return k_fail;
   }
-  unique_fd fresh = create_new(destination);
-  if (fresh) {
-    bool copied = copy_contents(source, destination, bytes, std::move(fresh));
-    report(copied, source, destination, 1);
-    return copied ? k_ok : k_fail;
-  }
-  if (same_file(source, destination)) {
-    log_error("Error copying '%s' to '%s', the same file", source, destination);
-    report(false, source, destination, 1);
+  std::string name;
+  unique_fd to = file_open_parent(destination, &name);
+  if (!to) {
+    file_error("Error opening '%s' for write", destination);
+    file_report(false, source, destination, 1);
     return k_fail;
   }
-  if (overwrite == 0 && readable(destination)) return k_skipped;
   errno = 0;
-  bool copied = copy_contents(source, destination, bytes, unique_fd());
-  report(copied, source, destination, 1);
-  return copied ? k_ok : k_fail;
+  unique_fd in = file_open_path(source, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+  struct stat status {};
+  if (in && fstat(in.get(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    in.reset();
+  }
+  int in_error = errno;
+  file_place target{to.get(), name.c_str(), destination};
+  int result = copy_opened(std::move(in), in_error, source, target, overwrite, bytes);
+  if (result != k_skipped) file_report(result == k_ok, source, destination, 1);
+  return result;
 }
 
 int file_move(const char* source, const char* destination, int overwrite, unsigned* bytes) {
   if (file_copy(source, destination, overwrite, bytes) == k_fail) return k_fail;
   errno = 0;
-  if (remove(source) != 0) {
+  if (file_remove(source) == k_fail) {
     file_error("Error removing moved file '%s'", source);
     return k_fail;
   }
   return k_ok;
 }
 
-int file_remove(const char* path) { return path != nullptr && remove(path) == 0 ? k_ok : k_fail; }
+int file_remove(const char* path) {
+  std::string name;
+  unique_fd dir = file_open_parent(path, &name);
+  return dir ? remove_name(dir.get(), name.c_str()) : k_fail;
+}
 
 int file_rename(const char* source, const char* destination) {
   if (source == nullptr || destination == nullptr) return k_fail;
-  return rename(source, destination) == 0 ? k_ok : k_fail;
+  std::string from_name;
+  std::string to_name;
+  unique_fd from = file_open_parent(source, &from_name);
+  if (!from) return k_fail;
+  unique_fd to = file_open_parent(destination, &to_name);
+  if (!to) return k_fail;
+  return renameat(from.get(), from_name.c_str(), to.get(), to_name.c_str()) == 0 ? k_ok : k_fail;
 }
 
-int file_chmod(const char* path, int mode) {
-  if (path == nullptr) return k_fail;
-  errno = 0;
-  auto new_mode = static_cast<mode_t>(mode);
-  if (chmod_no_follow(path, new_mode) == 0) return k_ok;
-  if (errno == EOPNOTSUPP) {
-    // Refused for a link (it has no mode of its own), or the system cannot
-    // change a mode without following links: then decide by the link status.
-    struct stat status {};
-    if (lstat(path, &status) == 0 && S_ISLNK(status.st_mode)) return k_ok;
-    errno = 0;
-    if (chmod(path, new_mode) == 0) return k_ok;
-  }
-  file_error("Error changing mode of '%s' to %d", path, mode);
-  return k_fail;
-}
-
-int file_chown(const char* path, int uid, int gid) {
-  if (path == nullptr || uid == -1) return k_fail;
-  if (gid == -1) gid = uid;
-  errno = 0;
-  if (lchown(path, static_cast<uid_t>(uid), static_cast<gid_t>(gid)) == 0) return k_ok;
-  file_error("Error changing ownership of '%s' to uid=%d, gid=%d", path, uid, gid);
-  return k_fail;
+int file_entry_remove(const file_entry* entry) {
+  if (entry == nullptr) return k_fail;
+  int flags = S_ISDIR(entry->status.st_mode) ? AT_REMOVEDIR : 0;
+  return unlinkat(entry->dir_fd, entry->name.c_str(), flags) == 0 ? k_ok : k_fail;
 }
 
 int file_user_id(const char* user) {

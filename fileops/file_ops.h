@@ -7,19 +7,29 @@
 // callback is skipped. Errors are logged at error level through file_error,
 // with the system's reason appended.
 //
-// Tree walks never follow a symbolic link into another directory: an entry's
-// own link status decides whether it is a directory, on the source side and
-// the destination side alike. file_chown changes a link itself, never its
-// target, and file_chmod leaves a link alone, so a link planted inside a tree
-// cannot hand a file outside it to anyone. The directories above the path a
-// tree operation is given are followed only through links that root or the
-// running user owns (file_trust.h).
+// Paths given as texts are opened as file_trust.h says: each directory held
+// open on the way, links followed only when no other account could have
+// placed or changed them. Below such a path nothing is followed: tree walks
+// hold each directory they list and act on each listed name relative to it
+// (file_dir.h), a directory is descended into only when it is still the one
+// listed, and a swap in between fails that step and the walk goes on.
+// file_chown changes a link itself, never its target (but never hands a link
+// that another account made to root or the running user, so it cannot pass
+// for theirs later); file_chmod leaves a link alone. A regular file with
+// more than one name, in a directory another account can change, is neither
+// re-owned, re-moded nor written (EMLINK): its other name may be anywhere.
 //
-// Paths are cut at 255 characters; "/" and "\" are both separators on input.
-// Every operation accepts null arguments and then does nothing.
+// Paths never exceed 255 characters: one that would fails its step with a
+// message, it is never cut. "/" and "\" are both separators in path texts;
+// a listed name is one name. Every operation accepts null arguments and then
+// does nothing.
 #pragma once
 
+#include <sys/stat.h>
+
 #include "foundation/str_text.h"
+
+struct file_entry;
 
 using file_step_callback = void (*)(const char* source, const char* destination, int is_file);
 
@@ -34,6 +44,8 @@ void file_set_callbacks(file_step_callback done, file_step_callback failed);
 void file_set_callback_pair(const file_callback_pair* pair);
 // Fills pair with the current callbacks; nothing for a null pair.
 void file_get_callbacks(file_callback_pair* pair);
+// Calls the done (ok) or failed callback, when set.
+void file_report(bool ok, const char* source, const char* destination, int is_file);
 
 // ---- path tests ------------------------------------------------------------
 
@@ -54,6 +66,19 @@ int file_is_dir(const char* path);
 // symbolic link at the destination's name fails the copy (ELOOP) and is left
 // as it was; what it points to is never written.
 int file_copy(const char* source, const char* destination, int overwrite, unsigned* bytes);
+// A name in a directory held open, and its full path for the messages.
+struct file_place {
+  int dir_fd;
+  const char* name;
+  const char* path;
+};
+// file_copy between names in open directories: the source is opened without
+// following a link another account controls and without blocking, and must
+// be a regular file; the destination is never written through a link, must
+// be a regular file when it exists, and is not truncated when it has other
+// names and other accounts can change its directory.
+int file_copy_at(const file_place& source, const file_place& destination, int overwrite,
+                 unsigned* bytes);
 // file_copy, then removes the source after any non-zero result (so with
 // overwrite 0 onto an existing destination the source is just deleted).
 // 1 moved, 0 failed.
@@ -83,6 +108,13 @@ int file_copy_dir(const char* source_dir, const char* pattern, const char* exclu
 // directory itself stays. Returns the number of steps done.
 int file_move_dir(const char* source_dir, const char* pattern, const char* exclude,
                   const char* destination_dir, int recursive, unsigned* bytes);
+// file_copy_dir of a listed directory, recursive, with the pattern "*": into
+// the directory named by source's name in into_fd (made when missing), whose
+// full path is target.
+int file_copy_tree_at(const file_entry* source, int into_fd, const char* target,
+                      const char* exclude, unsigned* bytes);
+// file_remove_tree of a listed entry, recursive.
+int file_remove_tree_at(const file_entry* entry, const char* exclude);
 // Makes path (mode 0775), with parents its missing parents first, logging
 // "Directory created '%s'" at debug level for each. 1 made or already there,
 // 0 failed, also when a component of path is a link that fails the owner
@@ -105,6 +137,13 @@ int file_chmod(const char* path, int mode);
 // of -1 takes the uid's value. 1 done, 0 failed or not tried (null path,
 // uid -1).
 int file_chown(const char* path, int uid, int gid);
+// The same for a listed entry; held is a descriptor the caller opened on
+// the entry itself (a directory it walked), or -1 to act on the name.
+int file_entry_chmod(const file_entry* entry, int held, int mode);
+int file_entry_chown(const file_entry* entry, int held, int uid, int gid);
+// Removes a listed entry (a link itself, a directory only when empty):
+// 1 / 0 with errno; logs nothing and calls no callback.
+int file_entry_remove(const file_entry* entry);
 // The id of a user or group, the user's primary group id; -1 if unknown.
 int file_user_id(const char* user);
 int file_group_id(const char* group);

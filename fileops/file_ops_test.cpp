@@ -51,6 +51,12 @@ TEST_F(FileOps, CopyFailuresAreLoggedAndReported) {
   EXPECT_NE(log.find("'" + dir_ + "' for read, Is a directory"), std::string::npos);
   EXPECT_EQ(steps()[1], "failed dst no/dst 1");
   EXPECT_EQ(steps()[3], "failed - dst 1");
+  // A FIFO is refused at once on either side, never waited on.
+  ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
+  EXPECT_EQ(file_copy(path("fifo").c_str(), path("from_fifo").c_str(), 1, nullptr), 0);
+  EXPECT_EQ(file_copy(path("dst").c_str(), path("fifo").c_str(), 1, nullptr), 0);
+  EXPECT_NE(log_text().find("'" + path("fifo") + "' for read, Invalid argument"),
+            std::string::npos);
 }
 
 TEST_F(FileOps, MoveRemovesTheSourceEvenWhenTheCopyIsRefused) {

@@ -40,6 +40,9 @@ TEST_F(FileTree, MkdirMakesEachMissingLevelOnce) {
   EXPECT_EQ(log_text(), first);
   EXPECT_EQ(steps().size(), 3u);
 
+  std::string too_long = path(std::string(kPathSize, 'm'));
+  EXPECT_EQ(file_mkdir(too_long.c_str(), 1), 0);
+  EXPECT_FALSE(exists(too_long.substr(0, kPathMax).substr(dir_.size() + 1)));
   EXPECT_EQ(file_mkdir(path("x/y").c_str(), 0), 0);
   EXPECT_NE(log_text().find("Error creating directory '" + path("x/y") + "', No such file"),
             std::string::npos);

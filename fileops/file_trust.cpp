@@ -1,52 +1,223 @@
-// The owner test for links in given paths, one lstat per component.
+// Path walks that hold each directory open and follow only trusted links.
 #include "fileops/file_trust.h"
 
-#include <sys/stat.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <string>
+#include <vector>
 
 #include "fileops/file_ops.h"
+#include "foundation/str_text.h"
 
 namespace {
 
-bool is_separator(char c) { return c == '/' || c == '\\'; }
+// The kernel's own bound on the links one lookup follows.
+constexpr int kLinkLimit = 40;
+constexpr int kStepFlags = O_PATH | O_DIRECTORY;
 
-// A link whose owner is neither root nor the running user.
-bool untrusted_link(const struct stat& status) {
-  return S_ISLNK(status.st_mode) && status.st_uid != 0 && status.st_uid != geteuid();
+// One component still to walk, with the path text up to and including it
+// for the messages.
+struct component {
+  std::string name;
+  std::string shown;
+};
+
+bool is_separator(char c, bool backslash) { return c == '/' || (backslash && c == '\\'); }
+
+// Pushes the components of text onto todo so that its first is walked next;
+// each one's shown text is base followed by text up to its end.
+void push_components(std::vector<component>* todo, const std::string& text,
+                     const std::string& base, bool backslash) {
+  std::vector<component> parts;
+  size_t start = 0;
+  for (size_t at = 0; at <= text.size(); ++at) {
+    if (at < text.size() && !is_separator(text[at], backslash)) continue;
+    if (at > start) parts.push_back({text.substr(start, at - start), base + text.substr(0, at)});
+    start = at + 1;
+  }
+  todo->insert(todo->end(), parts.rbegin(), parts.rend());
 }
 
-// False for an untrusted link (logged). A prefix that cannot be read is no
-// link; the check goes on, since a "\" may be part of a name here.
-bool prefix_trusted(const std::string& prefix) {
-  struct stat status {};
-  if (lstat(prefix.c_str(), &status) != 0 || !untrusted_link(status)) return true;
+unique_fd open_start(bool absolute) {
+  return unique_fd(open(absolute ? "/" : ".", kStepFlags | O_CLOEXEC));
+}
+
+void refuse(const std::string& shown) {
   errno = ELOOP;
-  file_error("Not following symbolic link '%s'", prefix.c_str());
+  file_error("Not following symbolic link '%s'", shown.c_str());
   errno = ELOOP;
-  return false;
+}
+
+std::string read_link(int dir_fd, const std::string& name) {
+  char target[kPathSize * 4];
+  ssize_t length = readlinkat(dir_fd, name.c_str(), target, sizeof target);
+  if (length <= 0 || static_cast<size_t>(length) >= sizeof target) {
+    if (length >= 0) errno = length == 0 ? ENOENT : ENAMETOOLONG;
+    return {};
+  }
+  return std::string(target, static_cast<size_t>(length));
+}
+
+// A walk over components from a start directory; walk() opens the last one
+// with the caller's flags and every other as a directory to step through.
+class path_walk {
+ public:
+  path_walk(int start_fd, std::vector<component> todo) : at_(start_fd), todo_(std::move(todo)) {}
+
+  unique_fd walk(int final_flags) {
+    if (todo_.empty()) todo_.push_back({".", "."});
+    while (!todo_.empty()) {
+      component part = std::move(todo_.back());
+      todo_.pop_back();
+      int flags = (todo_.empty() ? final_flags : kStepFlags) | O_NOFOLLOW | O_CLOEXEC;
+      unique_fd next(openat(at_, part.name.c_str(), flags));
+      if (!next && !follow(part)) return {};
+      if (next) hold(std::move(next));
+    }
+    return std::move(held_);
+  }
+  bool refused() const { return refused_; }
+
+ private:
+  void hold(unique_fd fd) {
+    held_ = std::move(fd);
+    at_ = held_.get();
+  }
+
+  // The open of part failed: when part is a trusted link, queue its target
+  // in its place (true); otherwise false with errno set.
+  bool follow(const component& part) {
+    int err = errno;
+    struct stat link {};
+    if ((err != ELOOP && err != ENOTDIR) ||
+        fstatat(at_, part.name.c_str(), &link, AT_SYMLINK_NOFOLLOW) != 0 ||
+        !S_ISLNK(link.st_mode)) {
+      errno = err;
+      return false;
+    }
+    struct stat dir {};
+    if (!file_owner_trusted(link.st_uid) || fstat(at_, &dir) != 0 || !file_dir_private(dir)) {
+      refused_ = true;
+      refuse(part.shown);
+      return false;
+    }
+    if (++links_ > kLinkLimit) {
+      errno = ELOOP;
+      return false;
+    }
+    std::string target = read_link(at_, part.name);
+    if (target.empty()) return false;
+    std::string base = part.shown.substr(0, part.shown.size() - part.name.size());
+    if (target[0] == '/') {
+      unique_fd root = open_start(true);
+      if (!root) return false;
+      hold(std::move(root));
+      base.clear();
+    }
+    push_components(&todo_, target, base, false);
+    if (todo_.empty()) todo_.push_back({".", part.shown});
+    return true;
+  }
+
+  int at_;
+  unique_fd held_;
+  std::vector<component> todo_;
+  int links_ = 0;
+  bool refused_ = false;
+};
+
+// The components of a given path text, and the directory it starts from.
+std::vector<component> split_path(const char* path) {
+  std::vector<component> todo;
+  push_components(&todo, path, "", true);
+  return todo;
+}
+
+bool is_absolute(const char* path) { return is_separator(path[0], true); }
+
+// Walks path's components (the last with final_flags); whether a link was
+// refused, for the trust tests.
+unique_fd walk_text(const char* path, int final_flags, bool* refused) {
+  unique_fd start = open_start(is_absolute(path));
+  if (!start) return {};
+  path_walk walk(start.get(), split_path(path));
+  unique_fd fd = walk.walk(final_flags);
+  if (refused != nullptr) *refused = walk.refused();
+  return fd;
 }
 
 }  // namespace
 
+bool file_owner_trusted(uid_t uid) { return uid == 0 || uid == geteuid(); }
+
+bool file_dir_shared(int dir_fd) {
+  struct stat status {};
+  return fstat(dir_fd, &status) != 0 || !file_dir_private(status);
+}
+
+bool file_refuse_second_name(const struct stat& file, bool dir_shared, const char* doing,
+                             const char* path) {
+  if (!dir_shared || !S_ISREG(file.st_mode) || file.st_nlink <= 1) return false;
+  errno = EMLINK;
+  file_error("Not %s '%s': it has other names and other accounts can change its directory",
+             doing, path);
+  errno = EMLINK;
+  return true;
+}
+
+bool file_dir_private(const struct stat& dir) {
+  return file_owner_trusted(dir.st_uid) && ((dir.st_mode & (S_IWGRP | S_IWOTH)) == 0 ||
+                                       (dir.st_mode & S_ISVTX) != 0);
+}
+
+unique_fd file_open_path(const char* path, int flags) {
+  if (path == nullptr) {
+    errno = EINVAL;
+    return {};
+  }
+  return walk_text(path, flags, nullptr);
+}
+
+unique_fd file_open_beside(int dir_fd, const char* name, const char* shown, int flags) {
+  if (name == nullptr) {
+    errno = EINVAL;
+    return {};
+  }
+  // Most names are no links: one open, and the walk only for the others.
+  unique_fd fd(openat(dir_fd, name, flags | O_NOFOLLOW | O_CLOEXEC));
+  if (fd || (errno != ELOOP && errno != ENOTDIR)) return fd;
+  path_walk walk(dir_fd, {{name, shown != nullptr ? shown : name}});
+  return walk.walk(flags);
+}
+
+unique_fd file_open_parent(const char* path, std::string* name) {
+  if (path == nullptr || name == nullptr) {
+    errno = EINVAL;
+    return {};
+  }
+  std::vector<component> todo = split_path(path);
+  *name = todo.empty() ? "." : todo.front().name;
+  if (!todo.empty()) todo.erase(todo.begin());
+  unique_fd start = open_start(is_absolute(path));
+  if (!start) return {};
+  path_walk walk(start.get(), std::move(todo));
+  return walk.walk(kStepFlags);
+}
+
 int file_path_trusted(const char* path) {
   if (path == nullptr) return 0;
-  std::string text(path);
-  while (text.size() > 1 && is_separator(text.back())) text.pop_back();
-  for (size_t end = 1; end <= text.size(); ++end) {
-    if (end < text.size() && !is_separator(text[end])) continue;
-    if (end < text.size() && is_separator(text[end - 1])) continue;  // "//" runs
-    if (!prefix_trusted(text.substr(0, end))) return 0;
-  }
-  return 1;
+  bool refused = false;
+  walk_text(path, kStepFlags, &refused);
+  if (!refused) return 1;
+  errno = ELOOP;
+  return 0;
 }
 
 int file_parent_trusted(const char* path) {
   if (path == nullptr) return 0;
   std::string text(path);
-  while (text.size() > 1 && is_separator(text.back())) text.pop_back();
+  while (text.size() > 1 && is_separator(text.back(), true)) text.pop_back();
   size_t last = text.find_last_of("/\\");
   if (last == std::string::npos) return 1;
   return file_path_trusted(text.substr(0, last == 0 ? 1 : last).c_str());

@@ -1,23 +1,68 @@
-// Which symbolic links the program follows in the paths it is given.
+// Opening the paths the program is given, and which symbolic links it
+// follows on the way.
 //
 // The directories it works in (a document root, an installed tree) may be
-// writable by a less trusted account, such as the web server's user. A link
-// that account plants in a path could point anywhere, so a link in a path is
-// followed only when root or the running user owns it: such a link was made
-// by the operator or the packager, and nobody else can make one in that name
-// (the system makes a link the property of whoever creates it). Below the
-// paths named, tree walks follow no link at all (file_ops.h).
+// writable by a less trusted account, such as the web server's user. A path
+// text is therefore walked one component at a time from "/" (or the working
+// directory), each directory held open and the next name opened relative to
+// it without following a link, so nothing swapped in behind the walk can
+// redirect it. A link met on the way is followed only when it is trusted:
+// owned by root or the running user, and sitting in a directory that no
+// other account can change (file_dir_private). Such a link was made by the
+// operator or the packager and cannot have been replaced since; a link that
+// another account planted, or could have renamed into place, is not. At most
+// 40 links are followed in one walk, as the kernel does. Below the paths
+// named, tree walks follow no link at all (file_ops.h).
+//
+// "/" and "\" both separate the components of a path text; in a link's own
+// target only "/" does.
 #pragma once
 
-// 1 when no component of path (each prefix ending at a "/" or "\", and the
-// whole path) is a symbolic link owned by someone other than root or the
-// running user. Otherwise logs "Not following symbolic link '%s'" at error
-// level with the first such prefix and the system's reason for ELOOP, leaves
-// errno at ELOOP and returns 0. Components that do not exist are no links.
-// 0 for a null path.
+#include <sys/stat.h>
+
+#include <string>
+
+#include "foundation/handles.h"
+
+// True when no account but root and the running user can add, rename or
+// remove entries of a directory with this status: it is owned by one of them
+// and either writable by nobody else or sticky (then only an entry's owner,
+// or the directory's, may rename or remove it).
+bool file_dir_private(const struct stat& dir);
+
+// 1 when uid is root or the running user.
+bool file_owner_trusted(uid_t uid);
+// True when another account can change the entries of the directory dir_fd
+// holds (or its status cannot be read).
+bool file_dir_shared(int dir_fd);
+// A regular file with more than one name, in a directory another account
+// can change: its other name may stand anywhere, for a root-only file
+// outside the tree. Then logs "Not <doing> '<path>': it has other names and
+// other accounts can change its directory" with the reason for EMLINK, leaves
+// errno at EMLINK and returns true.
+bool file_refuse_second_name(const struct stat& file, bool dir_shared, const char* doing,
+                             const char* path);
+
+// Opens what path names with flags (O_NOFOLLOW and O_CLOEXEC added), walking
+// it as above. An invalid descriptor on failure with errno set; an untrusted
+// link is logged ("Not following symbolic link '%s'" with the path up to it
+// and the reason for ELOOP) and leaves errno at ELOOP.
+unique_fd file_open_path(const char* path, int flags);
+// Opens name in the directory dir_fd the same way (a trusted link there is
+// followed); shown is name's full path for the messages.
+unique_fd file_open_beside(int dir_fd, const char* name, const char* shown, int flags);
+// Opens the directory holding path's last component (trailing separators
+// ignored) and puts that component into *name ("." for "/" or ""). The
+// component itself is left to the caller, who acts on it relative to the
+// descriptor without following it.
+unique_fd file_open_parent(const char* path, std::string* name);
+
+// 1 when walking path meets no untrusted link; components that do not exist
+// or are no directories end the walk there. Otherwise 0, logged as for
+// file_open_path, errno ELOOP. 0 for a null path.
 int file_path_trusted(const char* path);
-// The same for the directories above path's last component (trailing
-// separators ignored); 1 when path has no directory part.
+// The same for the directories above path's last component; 1 when path
+// has no directory part.
 int file_parent_trusted(const char* path);
 
 // 1 when path itself is a symbolic link (its own status, not followed),

@@ -1,5 +1,6 @@
 #include "fileops/file_trust.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -50,6 +51,38 @@ TEST_F(FileTrust, AnotherUsersLinkIsNotFollowedAnywhereInThePath) {
   EXPECT_EQ(file_is_link(path("tree/planted").c_str()), 1);
   EXPECT_EQ(file_is_link(path("tree").c_str()), 0);
   EXPECT_EQ(file_is_link(nullptr), 0);
+}
+
+// A link is trusted for its owner and for the directory it sits in: one
+// that another account can change may have had any link renamed into it.
+TEST_F(FileTrust, ALinkCountsOnlyInADirectoryNoOtherAccountCanChange) {
+  struct row {
+    uid_t dir_owner;
+    mode_t dir_mode;
+    uid_t link_owner;
+    int trusted;
+  };
+  const row rows[] = {
+      {0, 0755, 0, 1},       {0, 01777, 0, 1},       // private, or sticky
+      {0, 0775, 0, 0},       {0, 0757, 0, 0},        // group or others may write
+      {kNobody, 0755, 0, 0}, {0, 01777, kNobody, 0},  // another's directory, another's link
+  };
+  mkdir(path("outside").c_str(), 0755);
+  int at = 0;
+  for (const row& r : rows) {
+    std::string dir = path("d" + std::to_string(at++));
+    ASSERT_EQ(mkdir(dir.c_str(), 0755), 0);
+    ASSERT_EQ(symlink(path("outside").c_str(), (dir + "/link").c_str()), 0);
+    if (lchown((dir + "/link").c_str(), r.link_owner, r.link_owner) != 0 ||
+        chown(dir.c_str(), r.dir_owner, r.dir_owner) != 0) {
+      GTEST_SKIP() << "not root";
+    }
+    ASSERT_EQ(chmod(dir.c_str(), r.dir_mode), 0);
+    EXPECT_EQ(file_path_trusted((dir + "/link/x").c_str()), r.trusted) << dir;
+    EXPECT_EQ(static_cast<bool>(file_open_path((dir + "/link").c_str(), O_RDONLY)),
+              r.trusted == 1)
+        << dir;
+  }
 }
 
 }  // namespace

@@ -130,3 +130,107 @@ EOF
   [ "$(cat real-root/board/index.html)" = index ]
   outside_untouched
 }
+
+# ---- the web server's account attacks its own tree ---------------------------
+# In these, docroot/board is www-data's (as after an install's Chown) and
+# the attacker's steps run as www-data.
+
+as_web() { setpriv --reuid=www-data --regid=www-data --clear-groups "$@"; }
+
+let_web_in() {
+  chmod 755 "$PRODUCT_DIR" docroot
+  chown -R www-data:www-data docroot/board
+  mkdir backup
+  printf 'backup %s/backup\n' "$PRODUCT_DIR" >> install.dat
+}
+
+# web_file NAME TEXT: the web server's account writes TEXT to NAME.
+web_file() { as_web sh -c 'printf %s "$2" > "$1"' - "$1" "$2"; }
+
+# run_harden SCRIPT-LINES: runs them as the [harden] special action.
+run_harden() {
+  printf '[harden]\n%s\n' "$1" > install.cpy
+  talk '' -automate -special harden
+  ran_cleanly
+}
+
+@test "names holding a backslash, made by the web server's account, reach nothing outside its tree" {
+  let_web_in
+  local board=docroot/board
+  as_web mkdir "$board/..\\..\\outside\\dir"
+  web_file "$board/..\\..\\outside\\dir/secret.txt" mine
+  web_file "$board/..\\..\\outside\\victim.html" mine
+  as_web ln -s "$PRODUCT_DIR/outside/dir" $board/lnk
+  web_file "$board/lnk\\secret.txt" mine
+  run_harden 'Chown $(web_root)/board - root
+Chmod $(web_root)/board - 640
+CopyDir $(web_root)/board - $(backup)
+RmFile $(web_root)/board/*.html -
+RmDir $(web_root)/board -'
+  outside_untouched
+  [ "$(cat "backup/board/..\\..\\outside\\dir/secret.txt")" = mine ]
+  [ "$(cat "backup/board/lnk\\secret.txt")" = mine ]
+  [ ! -e $board ]
+}
+
+@test "a second name for root's file, made by the web server's account, is neither re-owned, re-moded nor written" {
+  let_web_in
+  printf 'shared\n' > outside/shared.txt
+  chmod 666 outside/shared.txt  # so that fs.protected_hardlinks lets www-data link it
+  OUTSIDE_BEFORE=$(snapshot outside)
+  as_web ln outside/shared.txt docroot/board/index.html
+  run_harden 'Chown $(web_root)/board - www-data:www-data
+Chmod $(web_root)/board - 600
+CopyFile $(src)/index.html - $(web_root)/board'
+  outside_untouched
+  [ "$(grep -c '^Error: Too many links$' <<< "$output")" -eq 3 ]
+  local why="it has other names and other accounts can change its directory, Too many links"
+  log_has Error "Not changing the owner of '$PRODUCT_DIR/docroot/board/index.html': $why"
+  log_has Error "Not changing the mode of '$PRODUCT_DIR/docroot/board/index.html': $why"
+  log_has Error "Not writing '$PRODUCT_DIR/docroot/board/index.html': $why"
+}
+
+@test "an owner change to root does not turn the web server's links into root's" {
+  let_web_in
+  mkdir outside/dir/www
+  OUTSIDE_BEFORE=$(snapshot outside)
+  as_web ln -s "$PRODUCT_DIR/outside/dir" docroot/board/cache
+  run_harden 'Chown $(web_root)/board - root:root
+CopyFile $(src)/*.html - $(web_root)/board/cache/www
+MkDir $(web_root)/board/cache/made'
+  outside_untouched
+  [ "$(stat -c %U docroot/board)" = root ] && [ "$(stat -c %U docroot/board/cache)" = www-data ]
+  [ "$(grep -c '^Error: Too many levels of symbolic links$' <<< "$output")" -eq 2 ]
+  log_has Info "Leaving link '$PRODUCT_DIR/docroot/board/cache' to its owner"
+}
+
+@test "a backup of the web server's tree reads none of its links and never waits on its FIFOs" {
+  let_web_in
+  web_file docroot/board/page.html page
+  as_web ln -s "$PRODUCT_DIR/outside/victim.html" docroot/board/steal.html
+  as_web mkfifo docroot/board/wait.html
+  run_harden 'CopyDir $(web_root)/board - $(backup)'
+  [ "$(cat backup/board/page.html)" = page ]
+  ! grep -rq victim backup
+  [[ "$output" == *$'Error: Too many levels of symbolic links\n'* ]]
+  [[ "$output" == *$'Error: Invalid argument\n'* ]]
+  log_has Error "Not following symbolic link '$PRODUCT_DIR/docroot/board/steal.html', Too many levels of symbolic links"
+  outside_untouched
+}
+
+@test "paths too long for 255 characters fail with a message, never cut" {
+  let_web_in
+  local long
+  long=$(printf 'n%.0s' {1..80})
+  printf a > "src/${long}A"
+  printf b > "src/${long}B"
+  local deep
+  deep=docroot/board/$(printf 'd%.0s' {1..150})
+  as_web mkdir "$deep"
+  web_file "$deep/$long" kept
+  run_harden "CopyFile \$(src)/${long}* - $PRODUCT_DIR/$deep
+Chown \$(web_root)/board - root"
+  [ "$(grep -c '^Error: File name too long$' <<< "$output")" -eq 3 ]
+  [ "$(ls "$deep")" = "$long" ]
+  log_has Error "Error joining '$PRODUCT_DIR/$deep' and '${long}A', File name too long"
+}
