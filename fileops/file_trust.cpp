@@ -149,8 +149,6 @@ unique_fd walk_text(const char* path, int final_flags, bool* refused) {
 
 }  // namespace
 
-bool file_owner_trusted(uid_t uid) { return uid == 0 || uid == geteuid(); }
-
 bool file_dir_shared(int dir_fd) {
   struct stat status {};
   return fstat(dir_fd, &status) != 0 || !file_dir_private(status);
@@ -164,11 +162,6 @@ bool file_refuse_second_name(const struct stat& file, bool dir_shared, const cha
              doing, path);
   errno = EMLINK;
   return true;
-}
-
-bool file_dir_private(const struct stat& dir) {
-  return file_owner_trusted(dir.st_uid) && ((dir.st_mode & (S_IWGRP | S_IWOTH)) == 0 ||
-                                       (dir.st_mode & S_ISVTX) != 0);
 }
 
 unique_fd file_open_path(const char* path, int flags) {

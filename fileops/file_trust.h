@@ -8,7 +8,7 @@
 // it without following a link, so nothing swapped in behind the walk can
 // redirect it. A link met on the way is followed only when it is trusted:
 // owned by root or the running user, and sitting in a directory that no
-// other account can change (file_dir_private). Such a link was made by the
+// other account can change (file_dir_private, foundation/file_guard.h). Such a link was made by the
 // operator or the packager and cannot have been replaced since; a link that
 // another account planted, or could have renamed into place, is not. At most
 // 40 links are followed in one walk, as the kernel does. Below the paths
@@ -22,16 +22,9 @@
 
 #include <string>
 
+#include "foundation/file_guard.h"
 #include "foundation/handles.h"
 
-// True when no account but root and the running user can add, rename or
-// remove entries of a directory with this status: it is owned by one of them
-// and either writable by nobody else or sticky (then only an entry's owner,
-// or the directory's, may rename or remove it).
-bool file_dir_private(const struct stat& dir);
-
-// 1 when uid is root or the running user.
-bool file_owner_trusted(uid_t uid);
 // True when another account can change the entries of the directory dir_fd
 // holds (or its status cannot be read).
 bool file_dir_shared(int dir_fd);

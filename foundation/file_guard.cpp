@@ -22,10 +22,10 @@ std::string parent_of(const std::string& path) {
   return cut == 0 ? "/" : path.substr(0, cut);
 }
 
-// A directory that cannot be read counts as open to others.
-bool parent_open_to_others(const std::string& path) {
+// A directory that cannot be read counts as shared.
+bool parent_shared(const std::string& path) {
   struct stat dir {};
-  return stat(parent_of(path).c_str(), &dir) != 0 || file_dir_open_to_others(dir);
+  return stat(parent_of(path).c_str(), &dir) != 0 || !file_dir_private(dir);
 }
 
 // Logs a refusal without losing the errno that tells the caller why.
@@ -41,7 +41,7 @@ bool follow_trusted_links(std::string& path) {
   for (int hop = 0; hop <= kLinkHops; ++hop) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return true;
-    if (!file_owner_trusted(status.st_uid) || parent_open_to_others(path)) break;
+    if (!file_owner_trusted(status.st_uid) || parent_shared(path)) break;
     char target[PATH_MAX];
     ssize_t length = readlink(path.c_str(), target, sizeof target - 1);
     if (length < 0) return false;
@@ -74,9 +74,8 @@ bool opened_file_allowed(int fd, const std::string& path, bool writing) {
     refuse(EINVAL, "Not opening '%s', it is not a regular file", path.c_str());
     return false;
   }
-  if (writing && status.st_nlink > 1 && parent_open_to_others(path)) {
-    refuse(EMLINK,
-           "Not writing '%s', it has another name in a directory other accounts can write",
+  if (writing && status.st_nlink > 1 && parent_shared(path)) {
+    refuse(EMLINK, "Not writing '%s': it has other names and other accounts can change its directory",
            path.c_str());
     return false;
   }
@@ -118,9 +117,9 @@ int open_guarded(const char* path, const char* mode) {
 
 bool file_owner_trusted(uid_t uid) { return uid == 0 || uid == geteuid(); }
 
-bool file_dir_open_to_others(const struct stat& dir) {
-  if (!file_owner_trusted(dir.st_uid) || (dir.st_mode & S_IWOTH) != 0) return true;
-  return (dir.st_mode & S_IWGRP) != 0 && dir.st_gid != 0 && dir.st_gid != getegid();
+bool file_dir_private(const struct stat& dir) {
+  return file_owner_trusted(dir.st_uid) &&
+         ((dir.st_mode & (S_IWGRP | S_IWOTH)) == 0 || (dir.st_mode & S_ISVTX) != 0);
 }
 
 int file_running_as_root() { return geteuid() == 0 ? 1 : 0; }

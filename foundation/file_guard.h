@@ -2,11 +2,12 @@
 // may write (a document root handed to the web server's account, say).
 //
 // A file opened by name is never reached through a symbolic link that
-// another account could have placed or changed, never opened in a way that
+// another account could have placed or changed (one it owns, or one in a
+// directory that is not private), never opened in a way that
 // can block (O_NONBLOCK), and must be a regular file before a byte moves: a
 // FIFO, a device, a socket or a directory is refused. A file that has a
-// second name (a hard link) in a directory another account can write is
-// not truncated or written, since that name may stand for a file outside
+// second name (a hard link) in a directory that is not private is not
+// truncated or written, since that name may stand for a file outside
 // the tree. Refusals are logged at error level with the reason and leave
 // errno set (ELOOP for a link, EINVAL for a file of another kind, EISDIR
 // for a directory, EMLINK for a second name).
@@ -20,10 +21,13 @@
 // Root and the running user: the accounts whose links and directories the
 // program trusts.
 bool file_owner_trusted(uid_t uid);
-// A directory in which an account other than root and the running user can
-// add, rename or remove entries: owned by another account, or writable by
-// every account, or by a group other than root's and the running user's.
-bool file_dir_open_to_others(const struct stat& dir);
+// True when no account but root and the running user can rename or remove
+// the entries of a directory with this status: it is owned by one of them
+// and either writable by nobody else or sticky (then only an entry's owner,
+// or the directory's, may rename or remove it). A link there that root or
+// the running user owns was put there by them and is still theirs; a file
+// there has no second name that another account made.
+bool file_dir_private(const struct stat& dir);
 
 // 1 when the program runs as root, else 0.
 int file_running_as_root();
@@ -35,7 +39,7 @@ const char* file_shared_reason(const char* path);
 
 // fopen / fclose, null-safe, with the guards above. A reading mode ("r")
 // follows a link at path's name only while the link is trusted: owned by
-// root or the running user, in a directory open to no other account. A
+// root or the running user, in a private directory. A
 // writing mode ("w", "a", with "+" or "b") refuses any link at path's name,
 // and truncates ("w") only after the checks. file_close clears the
 // caller's handle.

@@ -85,7 +85,7 @@ EOF
   [ "$(cat docroot/after.txt)" = anon ]
   [ "$(grep -c "Failed to write ($PRODUCT_DIR/docroot/pipe.conf), Invalid argument" install.log)" -eq 2 ]
   log_has Error "Failed to write ($PRODUCT_DIR/docroot/linked.conf), Too many links"
-  log_has Error "Not writing '$PRODUCT_DIR/docroot/linked.conf', it has another name in a directory other accounts can write"
+  log_has Error "Not writing '$PRODUCT_DIR/docroot/linked.conf': it has other names and other accounts can change its directory"
 }
 
 @test "the log: never through a link, always private, one line per message, unforeseeable rotation" {
