@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "fileops/file_ops.h"
+#include "fileops/file_base.h"
 #include "fileops/file_trust.h"
 #include "fileops/wild_match.h"
 #include "foundation/str_path.h"

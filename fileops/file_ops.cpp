@@ -30,7 +30,6 @@ constexpr size_t kChunkSize = 8192;
 constexpr size_t kStreamChunks = 16;
 alignas(4096) char g_stream[kChunkSize * kStreamChunks];
 
-file_callback_pair g_callbacks;
 
 bool is_separator(char c) { return c == '/' || c == '\\'; }
 
@@ -175,24 +174,6 @@ int remove_name(int dir_fd, const char* name) {
 
 }  // namespace
 
-void file_set_callbacks(file_step_callback done, file_step_callback failed) {
-  g_callbacks.done = done;
-  g_callbacks.failed = failed;
-}
-
-void file_set_callback_pair(const file_callback_pair* pair) {
-  g_callbacks = pair != nullptr ? *pair : file_callback_pair{};
-}
-
-void file_get_callbacks(file_callback_pair* pair) {
-  if (pair != nullptr) *pair = g_callbacks;
-}
-
-void file_report(bool ok, const char* source, const char* destination, int is_file) {
-  file_step_callback callback = ok ? g_callbacks.done : g_callbacks.failed;
-  if (callback != nullptr) callback(source, destination, is_file);
-}
-
 int file_path_type(const char* path) {
   struct stat status {};
   if (path == nullptr || stat(path, &status) != 0) {
@@ -315,32 +296,4 @@ char* file_dir_name(const char* path, char* buffer, int size) {
   int length = separator != nullptr ? static_cast<int>(separator - path) : str_len(path);
   str_copy(buffer, path, length + 1 < size ? length + 1 : size);
   return buffer;
-}
-
-int file_path_join(char* dest, const char* dir, const char* name) {
-  if (dest == nullptr) return 0;
-  dest[0] = '\0';
-  if (dir == nullptr || name == nullptr) return 0;
-  char joined[2 * kPathSize + 2];
-  str_copy(joined, dir, sizeof joined);
-  str_path_join(joined, name, sizeof joined);
-  if (str_len(joined) > kPathMax || str_len(dir) > kPathMax) {
-    errno = ENAMETOOLONG;
-    file_error("Error joining '%.255s' and '%.255s'", dir, name);
-    return 0;
-  }
-  str_copy(dest, joined, kPathSize);
-  return 1;
-}
-
-void file_error(const char* format, ...) {
-  int err = errno;
-  if (format == nullptr) return;
-  char message[kLineSize];
-  va_list args;
-  va_start(args, format);
-  int written = vsnprintf(message, sizeof message, format, args);
-  va_end(args);
-  if (written < 0 || written >= kLineMax) message[kLineMax] = '\0';
-  log_error("%s%s", message, str_error_suffix(err).c_str());
 }

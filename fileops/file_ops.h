@@ -4,8 +4,8 @@
 // File operations never print. Each completed or failed step is reported to
 // two process-wide callbacks (source, destination or null, is-file flag: 1
 // for copied files and made directories, 0 for removed entries); a null
-// callback is skipped. Errors are logged at error level through file_error,
-// with the system's reason appended.
+// callback is skipped (file_base.h). Errors are logged at error level through
+// file_error, with the system's reason appended.
 //
 // Paths given as texts are opened as file_trust.h says: each directory held
 // open on the way, links followed only when no other account could have
@@ -27,25 +27,10 @@
 
 #include <sys/stat.h>
 
+#include "fileops/file_base.h"
 #include "foundation/str_text.h"
 
 struct file_entry;
-
-using file_step_callback = void (*)(const char* source, const char* destination, int is_file);
-
-struct file_callback_pair {
-  file_step_callback done = nullptr;
-  file_step_callback failed = nullptr;
-};
-
-// Sets both step callbacks (either may be null).
-void file_set_callbacks(file_step_callback done, file_step_callback failed);
-// Sets both from pair; a null pair clears both.
-void file_set_callback_pair(const file_callback_pair* pair);
-// Fills pair with the current callbacks; nothing for a null pair.
-void file_get_callbacks(file_callback_pair* pair);
-// Calls the done (ok) or failed callback, when set.
-void file_report(bool ok, const char* source, const char* destination, int is_file);
 
 // ---- path tests ------------------------------------------------------------
 
@@ -149,7 +134,7 @@ int file_user_id(const char* user);
 int file_group_id(const char* group);
 int file_user_group_id(const char* user);
 
-// ---- names and errors --------------------------------------------------------
+// ---- names ------------------------------------------------------------------
 
 // What follows the last "/" or "\" of path (the whole path without one), at
 // most size-1 characters, into buffer. Returns buffer; null when path or
@@ -158,11 +143,3 @@ char* file_base_name(const char* path, char* buffer, int size);
 // path cut at its last "/" or "\" (separator dropped); a path without one is
 // copied whole. Returns buffer; null when path or buffer is null or size < 1.
 char* file_dir_name(const char* path, char* buffer, int size);
-// dir joined with name (str_path_join: one separator between them) into
-// dest, which holds kPathSize bytes. 1, or 0 with dest empty when either is
-// null or the result would exceed 255 characters (logged, never cut short,
-// so a long name can never stand for a shorter path).
-int file_path_join(char* dest, const char* dir, const char* name);
-// Logs the formatted message (999 characters at most) at error level,
-// followed by ", " and the system's text when errno is set.
-void file_error(const char* format, ...) __attribute__((format(printf, 1, 2)));

@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <vector>
 
-#include "fileops/file_ops.h"
+#include "fileops/file_base.h"
 #include "foundation/str_text.h"
 
 namespace {
