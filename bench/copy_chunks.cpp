@@ -74,9 +74,10 @@ std::vector<std::string> regular_files(const char* dir) {
 
 int main(int argc, char** argv) {
   if (argc != 4) {
-    std::fprintf(stderr,
-                 "usage: %s read-write|read-write-stream|range-chunk|range-whole SOURCE DESTINATION\n",
-                 argv[0]);
+    std::fprintf(
+        stderr,
+        "usage: %s read-write|read-write-stream|range-chunk|range-whole SOURCE DESTINATION\n",
+        argv[0]);
     return 2;
   }
   way how = way::read_write;
@@ -92,7 +93,8 @@ int main(int argc, char** argv) {
     }
   }
   auto elapsed = std::chrono::steady_clock::now() - start;
-  std::printf("%lld\n", static_cast<long long>(
-                            std::chrono::duration_cast<std::chrono::microseconds>(elapsed).count()));
+  std::printf("%lld\n",
+              static_cast<long long>(
+                  std::chrono::duration_cast<std::chrono::microseconds>(elapsed).count()));
   return 0;
 }

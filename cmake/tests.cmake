@@ -66,3 +66,11 @@ if(Python3_Interpreter_FOUND)
 else()
   skip_tests("The include-circle check" python3 python3)
 endif()
+
+# The sources follow .clang-format (scripts/format_check.sh --fix formats them).
+find_program(CLANG_FORMAT clang-format ${test_tool_required})
+if(CLANG_FORMAT)
+  add_test(NAME lint.format COMMAND ${PROJECT_SOURCE_DIR}/scripts/format_check.sh)
+else()
+  skip_tests("The format check" clang-format clang-format)
+endif()

@@ -194,20 +194,13 @@ int dispatch(copy_script* script, int index, const copy_line& line, unsigned* by
     return copy_tree_remove(script, index, line.type == k_copy_rm_dir);
   }
   switch (line.type) {
-    case k_copy_exist:
-      return run_exist(script->store, line);
-    case k_copy_chown:
-      return run_chown(script, index, line);
-    case k_copy_chmod:
-      return run_chmod(script, index, line);
-    case k_copy_error:
-      return run_error(script->store, line);
-    case k_copy_wfile:
-      return run_write_file(script->store, line);
-    case k_copy_rfile:
-      return run_read_file(script->store, line);
-    default:
-      break;
+    case k_copy_exist: return run_exist(script->store, line);
+    case k_copy_chown: return run_chown(script, index, line);
+    case k_copy_chmod: return run_chmod(script, index, line);
+    case k_copy_error: return run_error(script->store, line);
+    case k_copy_wfile: return run_write_file(script->store, line);
+    case k_copy_rfile: return run_read_file(script->store, line);
+    default: break;
   }
   copy_error("How did we get here!");
   return 0;

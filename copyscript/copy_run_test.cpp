@@ -61,7 +61,8 @@ TEST_F(copy_run_test, FailedRenameMkDirAndIniFallBackToCopying) {
   make("src/a.txt", "A");
   make("dst/sub/keep");
   EXPECT_EQ(run("Rename @/src/a.txt @/dst/sub"), 1);
-  EXPECT_EQ(times_logged(here("Error renaming '@/src/a.txt'->'@/dst/sub', Is a directory, Is a dir")), 1);
+  EXPECT_EQ(
+      times_logged(here("Error renaming '@/src/a.txt'->'@/dst/sub', Is a directory, Is a dir")), 1);
   EXPECT_EQ(read("dst/sub/a.txt"), "A");
   EXPECT_TRUE(exists("src/a.txt"));
 
@@ -208,7 +209,8 @@ TEST_F(copy_run_test, EveryOperationWordInOneScript) {
   EXPECT_NE(mode("web/app/app.ini"), 0750u);
   EXPECT_EQ(times_logged("Debug: Processing ["), 14);
   EXPECT_EQ(times_logged("Debug: Doing nothing due to controlling setting"), 1);
-  EXPECT_EQ(times_logged(here("Info: Writing INI file '@/pkg/app.tmpl' to '@/web/app/app.ini'")), 1);
+  EXPECT_EQ(times_logged(here("Info: Writing INI file '@/pkg/app.tmpl' to '@/web/app/app.ini'")),
+            1);
   EXPECT_EQ(times_logged("Info: Copy script completed successfully"), 1);
   EXPECT_EQ(times_logged("Error:"), 0);
 }

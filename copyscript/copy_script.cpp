@@ -5,10 +5,10 @@
 #include <string_view>
 
 #include "foundation/file_guard.h"
-#include "foundation/section_file.h"
 #include "foundation/formatter.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
+#include "foundation/section_file.h"
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"
 #include "settings/ini_expand.h"

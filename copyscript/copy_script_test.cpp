@@ -80,8 +80,9 @@ TEST_F(copy_parse_test, LoaderReadsOnlyTheWantedSection) {
   unique_script other(copy_script_create(store_));
   EXPECT_EQ(copy_script_load(other.get(), path("test.cpy").c_str(), "special"), 0);
   EXPECT_EQ(copy_script_load(other.get(), path("none.cpy").c_str(), "install"), 0);
-  EXPECT_EQ(times_logged("Error: Error opening '" + path("none.cpy") + "', No such file or directory"),
-            1);
+  EXPECT_EQ(
+      times_logged("Error: Error opening '" + path("none.cpy") + "', No such file or directory"),
+      1);
   EXPECT_EQ(copy_script_load(other.get(), nullptr, "install"), 0);
 }
 

@@ -146,8 +146,7 @@ int change_listing(const tree_change& change, file_listing* listing, const char*
       dir = file_entry_open_dir(&entry);
       if (!dir) return true;  // reported when it changed; the walk goes on
       unique_fd listed(fcntl(dir.get(), F_DUPFD_CLOEXEC, 0));
-      file_listing* below =
-          file_listing_open(std::move(listed), path, "*", file_status_need::type);
+      file_listing* below = file_listing_open(std::move(listed), path, "*", file_status_need::type);
       count += change_listing(change, below, not_list);
     }
     errno = 0;

@@ -131,14 +131,19 @@ TEST_F(copy_tree_test, LinesThroughAnotherAccountsLinkAreRefusedWhole) {
   EXPECT_EQ(run("CopyFile @/src/a.txt - @/tree/operators/sub"), 1);
   EXPECT_EQ(read("real/sub/a.txt"), "a");
 
-  const char* refused[] = {
-      "CopyFile @/src/a.txt - @/tree/planted/dir",  "CopyDir @/src - @/tree/planted/dir",
-      "Chown @/tree/planted/* - nobody",            "Chown @/tree/planted/dir/* - nobody",
-      "Chmod @/tree/planted/* - 777",               "RmFile @/tree/planted/* -",
-      "RmDir @/tree/planted/dir/* -",               "MkDir @/tree/planted/new",
-      "Ini @/src/a.txt @/tree/planted/dir/kept",    "WFile @/tree/planted/dir/kept flag",
-      "RFile @/tree/planted/dir/kept flag",         "Rename @/tree/planted/secret @/tree/stolen",
-      "CopyFile @/tree/planted/secret - @/tree/operators"};
+  const char* refused[] = {"CopyFile @/src/a.txt - @/tree/planted/dir",
+                           "CopyDir @/src - @/tree/planted/dir",
+                           "Chown @/tree/planted/* - nobody",
+                           "Chown @/tree/planted/dir/* - nobody",
+                           "Chmod @/tree/planted/* - 777",
+                           "RmFile @/tree/planted/* -",
+                           "RmDir @/tree/planted/dir/* -",
+                           "MkDir @/tree/planted/new",
+                           "Ini @/src/a.txt @/tree/planted/dir/kept",
+                           "WFile @/tree/planted/dir/kept flag",
+                           "RFile @/tree/planted/dir/kept flag",
+                           "Rename @/tree/planted/secret @/tree/stolen",
+                           "CopyFile @/tree/planted/secret - @/tree/operators"};
   for (const char* line : refused) {
     failures().clear();
     EXPECT_EQ(run(line), 0) << line;

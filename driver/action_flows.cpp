@@ -6,10 +6,10 @@
 #include "copyscript/copy_run.h"
 #include "copyscript/copy_script.h"
 #include "driver/options.h"
+#include "foundation/console.h"
+#include "foundation/logger.h"
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"
-#include "foundation/logger.h"
-#include "foundation/console.h"
 #include "questions/question_file.h"
 #include "questions/question_walk.h"
 
@@ -87,8 +87,8 @@ void run_copy_script(ini_store* store, const flow_kind& kind) {
     console_print(kind.before_run);
     int files = 0;
     unsigned bytes = 0;
-    int succeeded = copy_script_run(script, &files, kind.count_bytes ? &bytes : nullptr,
-                                    kind.stop_on_fail);
+    int succeeded =
+        copy_script_run(script, &files, kind.count_bytes ? &bytes : nullptr, kind.stop_on_fail);
     report_run(kind, succeeded, files, bytes);
   }
   copy_script_free(&script);
@@ -104,20 +104,20 @@ int run_flow(ini_store* store, const flow_kind& kind) {
 }  // namespace
 
 int do_install(ini_store* store) {
-  static constexpr flow_kind kInstall{"Install", "install", 0, 1, true, "Copying files[",
-                                      success_report::bytes_and_files};
+  static constexpr flow_kind kInstall{
+      "Install", "install", 0, 1, true, "Copying files[", success_report::bytes_and_files};
   return run_flow(store, kInstall);
 }
 
 int do_upgrade(ini_store* store) {
-  static constexpr flow_kind kUpgrade{"Upgrade", "upgrade", 1, 1, true, "Copying files[",
-                                      success_report::bytes_and_files};
+  static constexpr flow_kind kUpgrade{
+      "Upgrade", "upgrade", 1, 1, true, "Copying files[", success_report::bytes_and_files};
   return run_flow(store, kUpgrade);
 }
 
 int do_remove(ini_store* store) {
-  static constexpr flow_kind kRemove{"Remove", "remove", 0, 0, false, "Removing files[",
-                                     success_report::files_removed};
+  static constexpr flow_kind kRemove{
+      "Remove", "remove", 0, 0, false, "Removing files[", success_report::files_removed};
   return run_flow(store, kRemove);
 }
 

@@ -63,10 +63,9 @@ void run_http(ini_store* store, const init_command& command) {
   char result[kLineSize] = "";
   char error[kLineSize] = "";
   int type = command.type;
-  int found = httpd_conf_lookup(type == kInitHttpUser ? result : nullptr,
-                                type == kInitHttpGroup ? result : nullptr,
-                                type == kInitHttpRoot ? result : nullptr,
-                                type == kInitHttpScripts ? result : nullptr, error);
+  int found = httpd_conf_lookup(
+      type == kInitHttpUser ? result : nullptr, type == kInitHttpGroup ? result : nullptr,
+      type == kInitHttpRoot ? result : nullptr, type == kInitHttpScripts ? result : nullptr, error);
   if (found) {
     ini_set(store, command.name.c_str(), result);
     return;
@@ -148,8 +147,7 @@ void run_command(ini_store* store, const init_command& command) {
 
 void run_init_commands(ini_store* store, init_list* list) {
   if (store == nullptr || list == nullptr) return;
-  for (init_command* command = init_first(list, 0); command != nullptr;
-       command = init_next(list)) {
+  for (init_command* command = init_first(list, 0); command != nullptr; command = init_next(list)) {
     if (condition_holds(store, *command)) run_command(store, *command);
   }
 }

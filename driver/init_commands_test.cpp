@@ -27,8 +27,10 @@ class InitCommandsTest : public scratch_test {
   std::string run(const std::string& lines, const char* action = "install") {
     ini_destroy(&store_);
     store_ = ini_create();
-    const ini_setting_def defs[] = {
-        {"action", action, 0}, {"root", dir_.c_str(), 0}, {"flag", "false", 0}, {nullptr, nullptr, 0}};
+    const ini_setting_def defs[] = {{"action", action, 0},
+                                    {"root", dir_.c_str(), 0},
+                                    {"flag", "false", 0},
+                                    {nullptr, nullptr, 0}};
     ini_setup(store_, defs, nullptr, 1);
     write_file("install.int", lines);
     init_list* list = init_list_create();
@@ -54,8 +56,8 @@ TEST_F(InitCommandsTest, Conditions) {
       {"upgrade", "Copy result ran action upgrade\n", "ran"},
       {"install", "Copy result ran action upgrade\n", "(none)"},
       {"upgrade", "Copy result ran action Upgrade\n", "(none)"},
-      {"install", "Copy result ran word word\n", "ran"},  // no setting: the word itself
-      {"install", "Copy result ran - true\n", "(none)"},   // nothing to compare with
+      {"install", "Copy result ran word word\n", "ran"},             // no setting: the word itself
+      {"install", "Copy result ran - true\n", "(none)"},             // nothing to compare with
       {"install", "Copy a b action\nCopy result ran - -\n", "ran"},  // carried name only
   };
   for (const auto& c : cases) {

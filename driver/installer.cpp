@@ -50,20 +50,25 @@ bool run_init_file(ini_store* store, char (&path)[kPathSize]) {
 bool product_files_trusted(const char* dir) {
   if (!file_running_as_root()) return true;
   if (const char* reason = file_shared_reason(dir)) {
-    console_printf("Error: Refusing to run in '%s', %s; move the product's files to a "
-                   "directory that only root can write\n", dir, reason);
+    console_printf(
+        "Error: Refusing to run in '%s', %s; move the product's files to a "
+        "directory that only root can write\n",
+        dir, reason);
     return false;
   }
   static constexpr const char* kDataFiles[] = {".dat", ".int", ".q", ".cpy"};
   std::vector<std::string> files{"blurb.txt"};
-  for (const char* extension : kDataFiles) files.push_back(program_base_name() + std::string(extension));
+  for (const char* extension : kDataFiles)
+    files.push_back(program_base_name() + std::string(extension));
   for (const std::string& file : files) {
     char path[kPathSize];
     str_copy(path, dir, kPathSize);
     str_path_join(path, file.c_str(), kPathSize);
     if (const char* reason = file_shared_reason(path)) {
-      console_printf("Error: Refusing to read '%s', %s; remove that permission (chmod o-w) "
-                     "first\n", path, reason);
+      console_printf(
+          "Error: Refusing to read '%s', %s; remove that permission (chmod o-w) "
+          "first\n",
+          path, reason);
       return false;
     }
   }

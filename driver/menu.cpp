@@ -2,10 +2,10 @@
 
 #include "driver/action_flows.h"
 #include "driver/options.h"
+#include "foundation/console.h"
 #include "foundation/file_guard.h"
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"
-#include "foundation/console.h"
 #include "settings/ini_expand.h"
 
 namespace {
@@ -43,9 +43,7 @@ bool run_choice(ini_store* store, int choice) {
         return false;
       }
       [[fallthrough]];
-    default:
-      console_print("That is not a recognised option, please try again");
-      return true;
+    default: console_print("That is not a recognised option, please try again"); return true;
   }
 }
 

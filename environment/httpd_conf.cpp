@@ -77,7 +77,7 @@ std::vector<std::string> fixed_more_places() {
 std::array<cached_value, kValueCount> cache;
 std::vector<std::string> candidates = fixed_candidates();
 std::vector<std::string> more_places = fixed_more_places();
-std::string given_main;  // -httpd-conf; empty when not given
+std::string given_main;   // -httpd-conf; empty when not given
 std::string bad_account;  // the name of the last bad-id failure of the line scan
 
 // Names are checked against the account databases before they are cached;
@@ -149,8 +149,8 @@ int take_account(value_index index, const char* name, char* error_out) {
   int id = is_user ? file_user_id(name) : file_group_id(name);
   if (id < 0) {
     bad_account = name;
-    str_format(error_out, kLineSize, "%s '%s' has bad uid '%d'", is_user ? "User" : "Group",
-               name, id);
+    str_format(error_out, kLineSize, "%s '%s' has bad uid '%d'", is_user ? "User" : "Group", name,
+               id);
     return k_fail;
   }
   log_debug(is_user ? "Found user [%s]" : "Found group [%s]", name);
@@ -279,8 +279,8 @@ int answer(const value_buffers& outs) {
 
 }  // namespace
 
-int httpd_conf_lookup(char* user_out, char* group_out, char* docroot_out,
-                      char* scriptdir_out, char* error_out) {
+int httpd_conf_lookup(char* user_out, char* group_out, char* docroot_out, char* scriptdir_out,
+                      char* error_out) {
   const value_buffers outs{user_out, group_out, docroot_out, scriptdir_out};
   if (requested_usable(outs)) return answer(outs);
   char error[kLineSize] = "Cannot find httpd.conf file";

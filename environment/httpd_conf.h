@@ -26,8 +26,8 @@
 //   "Could not find" followed by ", Group", ", User", ", DocumentRoot",
 //   ", ScriptAlias" for each value still unknown, in that order.
 // Values found before a failure stay cached.
-int httpd_conf_lookup(char* user_out, char* group_out, char* docroot_out,
-                      char* scriptdir_out, char* error_out);
+int httpd_conf_lookup(char* user_out, char* group_out, char* docroot_out, char* scriptdir_out,
+                      char* error_out);
 
 // The main configuration file the operator named (-httpd-conf): only it is
 // read, as the server reads it, and no place is probed. Null or "" restores

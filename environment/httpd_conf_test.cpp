@@ -14,9 +14,9 @@ enum Want { kUser, kGroup, kRoot, kScripts };
 std::string request(Want want) {
   char value[1000] = "";
   char error[1000] = "";
-  int ok = httpd_conf_lookup(want == kUser ? value : nullptr, want == kGroup ? value : nullptr,
-                             want == kRoot ? value : nullptr,
-                             want == kScripts ? value : nullptr, error);
+  int ok =
+      httpd_conf_lookup(want == kUser ? value : nullptr, want == kGroup ? value : nullptr,
+                        want == kRoot ? value : nullptr, want == kScripts ? value : nullptr, error);
   return ok ? value : std::string("ERR:") + error;
 }
 
@@ -103,7 +103,9 @@ class HttpdConfReadOnTest : public HttpdConfTest {
     httpd_conf_set_main(nullptr);
     HttpdConfTest::TearDown();
   }
-  bool logged(const std::string& line) { return read_file("test.log").find(line) != std::string::npos; }
+  bool logged(const std::string& line) {
+    return read_file("test.log").find(line) != std::string::npos;
+  }
 
   std::vector<std::string> more_;
 };
@@ -122,7 +124,8 @@ TEST_F(HttpdConfReadOnTest, OnlyWhereTheScanGivesNoUsableAnswer) {
       {"ServerRoot /srv\nDocumentRoot htdocs\n", "", kRoot, "/srv/htdocs", true},
       {"User root\n", "", kScripts, "ERR:Could not find, Group, DocumentRoot, ScriptAlias", true},
       {"", "Group root\nInclude " + path("inc") + "\n", kScripts, "/c/", true},
-      {"", "User nobody_zq_unknown\n", kUser, "ERR:User 'nobody_zq_unknown' has bad uid '-1'", true},
+      {"", "User nobody_zq_unknown\n", kUser, "ERR:User 'nobody_zq_unknown' has bad uid '-1'",
+       true},
       {"", "", kUser, "ERR:Cannot find httpd.conf file", false},
   };
   write_file("envvars", "export RUN_USER=root\n");
@@ -140,7 +143,8 @@ TEST_F(HttpdConfReadOnTest, OnlyWhereTheScanGivesNoUsableAnswer) {
   // What the scan found stays: the virtual host's root it took last, not the
   // server-wide one the second reading prefers.
   httpd_conf_reset_cache();
-  put(0, "User root\nDocumentRoot /server\n<VirtualHost *:80>\nDocumentRoot /host\n</VirtualHost>\n");
+  put(0,
+      "User root\nDocumentRoot /server\n<VirtualHost *:80>\nDocumentRoot /host\n</VirtualHost>\n");
   EXPECT_EQ(request(kScripts), "ERR:Could not find, Group, ScriptAlias");
   EXPECT_EQ(request(kRoot), "/host");
   // The more places are probed and logged as the eight are.

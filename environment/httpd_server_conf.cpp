@@ -27,10 +27,10 @@ namespace {
 // Modules compiled into the stock server builds, by identifier and by source
 // file name; every other module counts once a LoadModule line names it.
 constexpr const char* kBuiltInModules[] = {
-    "core.c",          "http_core.c",       "mod_so.c",      "mod_unixd.c",
-    "mod_log_config.c", "mod_logio.c",      "mod_version.c", "mod_watchdog.c",
-    "core_module",     "http_module",       "so_module",     "unixd_module",
-    "log_config_module", "logio_module",    "version_module", "watchdog_module",
+    "core.c",          "http_core.c",   "mod_so.c",          "mod_unixd.c",  "mod_log_config.c",
+    "mod_logio.c",     "mod_version.c", "mod_watchdog.c",    "core_module",  "http_module",
+    "so_module",       "unixd_module",  "log_config_module", "logio_module", "version_module",
+    "watchdog_module",
 };
 
 struct value_directive {
@@ -161,7 +161,8 @@ std::vector<std::string> split_words(std::string_view line) {
 
 // ${NAME} replaced where NAME is known; unknown references stay as written.
 std::string expand(const reader& r, std::string_view text) {
-  if (text.find("${") == std::string_view::npos) return std::string(text.substr(0, kHttpdExpandedLineMax));
+  if (text.find("${") == std::string_view::npos)
+    return std::string(text.substr(0, kHttpdExpandedLineMax));
   std::string out;
   size_t at = 0;
   while (at < text.size() && out.size() < kHttpdExpandedLineMax) {
@@ -197,7 +198,9 @@ std::string shell_value(const reader& r, std::string_view text) {
       bool braced = at + 1 < text.size() && text[at + 1] == '{';
       size_t start = at + (braced ? 2 : 1);
       size_t end = start;
-      while (end < text.size() && (isalnum(static_cast<unsigned char>(text[end])) || text[end] == '_')) ++end;
+      while (end < text.size() &&
+             (isalnum(static_cast<unsigned char>(text[end])) || text[end] == '_'))
+        ++end;
       auto known = r.variables.find(std::string(text.substr(start, end - start)));
       if (known != r.variables.end()) out += known->second;
       at = braced && end < text.size() && text[end] == '}' ? end : end - 1;
@@ -307,8 +310,8 @@ void include(reader& r, const std::string& pattern, int depth, const line_place&
 
 // User, Group, DocumentRoot (relative to ServerRoot) and the directory of a
 // ScriptAlias whose URL holds "cgi-bin".
-void take_value_directive(reader& r, const std::vector<std::string>& words,
-                          const line_place& where, bool included) {
+void take_value_directive(reader& r, const std::vector<std::string>& words, const line_place& where,
+                          bool included) {
   for (const value_directive& directive : kValueDirectives) {
     if (!same_word(words[0], directive.name)) continue;
     if (directive.index == kHttpdScriptDir) {
@@ -329,7 +332,8 @@ void take_directive(reader& r, const std::vector<std::string>& words, const line
   const std::string& name = words[0];
   const std::string& first = words[1];
   if (same_word(name, "ServerRoot")) {
-    r.server_root = first.size() > 1 && first.back() == '/' ? first.substr(0, first.size() - 1) : first;
+    r.server_root =
+        first.size() > 1 && first.back() == '/' ? first.substr(0, first.size() - 1) : first;
   } else if (same_word(name, "Define")) {
     r.defined.insert(first);
     if (words.size() > 2) r.variables[first] = words[2];
@@ -466,17 +470,20 @@ void read_path(reader& r, const std::string& path, int depth) {
     read_file(r, path, depth);
     return;
   }
-  for (const std::string& name : matching_names(path, "*")) read_path(r, join(path, name), depth + 1);
+  for (const std::string& name : matching_names(path, "*"))
+    read_path(r, join(path, name), depth + 1);
 }
 
 void include(reader& r, const std::string& pattern, int depth, const line_place& where) {
   if (pattern.empty() || pattern[0] != '/') {
-    log_debug("Include at %s without an absolute ServerRoot, skipped [%s]", where.text().c_str(), pattern.c_str());
+    log_debug("Include at %s without an absolute ServerRoot, skipped [%s]", where.text().c_str(),
+              pattern.c_str());
     return;
   }
   std::vector<std::string> paths;
   expand_path(r, "", pattern, &paths);
-  if (paths.empty()) log_debug("Include at %s matches nothing [%s]", where.text().c_str(), pattern.c_str());
+  if (paths.empty())
+    log_debug("Include at %s matches nothing [%s]", where.text().c_str(), pattern.c_str());
   for (const std::string& path : paths) read_path(r, path, depth);
 }
 

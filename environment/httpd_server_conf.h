@@ -26,7 +26,13 @@ inline constexpr int kHttpdConfPathsMax = 4096;
 inline constexpr size_t kHttpdExpandedLineMax = 65536;
 
 // The four values, in the order of httpd_conf_lookup's arguments.
-enum httpd_value_index { kHttpdUser, kHttpdGroup, kHttpdDocumentRoot, kHttpdScriptDir, kHttpdValueCount };
+enum httpd_value_index {
+  kHttpdUser,
+  kHttpdGroup,
+  kHttpdDocumentRoot,
+  kHttpdScriptDir,
+  kHttpdValueCount
+};
 
 struct httpd_found_value {
   std::string text;

@@ -49,8 +49,9 @@ TEST_F(HttpdServerConfTest, ReadsAsTheServerDoes) {
   std::string chain = "Include @/main.conf\nInclude @/chain0.conf\nUser u\n";
   std::vector<std::pair<std::string, std::string>> links;
   for (int i = 0; i < 20; ++i) {
-    links.emplace_back("chain" + std::to_string(i) + ".conf",
-                       "Group g" + std::to_string(i) + "\nInclude @/chain" + std::to_string(i + 1) + ".conf\n");
+    links.emplace_back(
+        "chain" + std::to_string(i) + ".conf",
+        "Group g" + std::to_string(i) + "\nInclude @/chain" + std::to_string(i + 1) + ".conf\n");
   }
   links.emplace_back("main.conf", chain);
   const struct {
@@ -66,36 +67,45 @@ TEST_F(HttpdServerConfTest, ReadsAsTheServerDoes) {
        "bee|g|/main|-"},
       // ${NAME} from Define and from envvars (read, not run); unknown stays.
       {{{"envvars", "unset HOME\nexport APACHE_RUN_USER=www-data\nexport X_DIR=\"/x$SUFFIX\"\n"},
-        {"main.conf", "Define SRV /srv\nUser ${APACHE_RUN_USER}\nGroup ${NOPE}\n"
-                      "DocumentRoot ${SRV}/htdocs\nScriptAlias /cgi-bin/ ${X_DIR}/cgi\n"}},
+        {"main.conf",
+         "Define SRV /srv\nUser ${APACHE_RUN_USER}\nGroup ${NOPE}\n"
+         "DocumentRoot ${SRV}/htdocs\nScriptAlias /cgi-bin/ ${X_DIR}/cgi\n"}},
        "www-data|${NOPE}|/srv/htdocs|/x/cgi"},
       // Modules count from their LoadModule line on (either name), or built in.
       {{{"main.conf",
          "<IfModule alias_module>\nGroup early\n</IfModule>\n"
          "LoadModule cgid_module x.so\nLoadModule alias_module y.so\n"
          "<IfModule mod_cgid.c>\nDefine CGI\n</IfModule>\n"
-         "<IfModule !unixd_module>\nUser wrong\n</IfModule>\n<IfModule mod_unixd.c>\nUser right\n</IfModule>\n"
-         "<IfModule mod_missing.c>\n<IfDefine !CGI>\n</IfDefine>\nDocumentRoot /wrong\n</IfModule>\n"
-         "<IfDefine CGI>\nScriptAlias /cgi-bin/ /c/\n</IfDefine>\n<IfDefine !CGI>\nScriptAlias /cgi-bin/ /n/\n</IfDefine>\n"}},
+         "<IfModule !unixd_module>\nUser wrong\n</IfModule>\n<IfModule mod_unixd.c>\nUser "
+         "right\n</IfModule>\n"
+         "<IfModule mod_missing.c>\n<IfDefine !CGI>\n</IfDefine>\nDocumentRoot "
+         "/wrong\n</IfModule>\n"
+         "<IfDefine CGI>\nScriptAlias /cgi-bin/ /c/\n</IfDefine>\n<IfDefine !CGI>\nScriptAlias "
+         "/cgi-bin/ /n/\n</IfDefine>\n"}},
        "right|-|-|/c/"},
       // Server-wide beats any virtual host; else the first host that sets it.
       {{{"main.conf",
          "<VirtualHost *:80>\nDocumentRoot /v1\nScriptAlias /cgi-bin/ /v1c/\n</VirtualHost>\n"
-         "<VirtualHost *:81>\nDocumentRoot /v2\nUser v2\n</VirtualHost>\nScriptAlias /cgi-bin/ /server/\n"}},
+         "<VirtualHost *:81>\nDocumentRoot /v2\nUser v2\n</VirtualHost>\nScriptAlias /cgi-bin/ "
+         "/server/\n"}},
        "v2|-|/v1|/server/"},
       // Continued lines, quotes, a DocumentRoot relative to ServerRoot.
-      {{{"main.conf", "ServerRoot \"@/\"\nDocumentRoot \\\n  htdocs\r\nScriptAlias /cgi-bin/ \"/my cgi/\"\n"
-                      "User 'o\\'brien'\n"}},
+      {{{"main.conf",
+         "ServerRoot \"@/\"\nDocumentRoot \\\n  htdocs\r\nScriptAlias /cgi-bin/ \"/my cgi/\"\n"
+         "User 'o\\'brien'\n"}},
        "o'brien|-|@/htdocs|/my cgi/"},
       // A loop is cut, a chain stops below kHttpdIncludeDepthMax levels.
       {links, "u|g15|-|-"},
       // A line ends at a NUL byte.
       {{{"main.conf", std::string("User ro\0ot\nGroup \0g\n", 20)}}, "ro|-|-|-"},
       // A section left open ends with its file.
-      {{{"open.conf", "<IfModule mod_missing.c>\n"}, {"main.conf", "Include @/open.conf\nUser after\n"}},
+      {{{"open.conf", "<IfModule mod_missing.c>\n"},
+        {"main.conf", "Include @/open.conf\nUser after\n"}},
        "after|-|-|-"},
       // A directory is read whole, in order, sub-directories included.
-      {{{"dir/sub/x.conf", "User deep\n"}, {"dir/a.conf", "User a\n"}, {"main.conf", "Include @/dir\n"}},
+      {{{"dir/sub/x.conf", "User deep\n"},
+        {"dir/a.conf", "User a\n"},
+        {"main.conf", "Include @/dir\n"}},
        "deep|-|-|-"},
   };
   for (const auto& c : cases) {

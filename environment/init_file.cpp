@@ -23,10 +23,10 @@ struct command_word {
 
 // Searched in this order; compared with case.
 constexpr command_word kCommandWords[] = {
-    {"Exist", kInitExist},         {"Copy", kInitCopy},
-    {"HTTP_User", kInitHttpUser},  {"HTTP_Group", kInitHttpGroup},
-    {"HTTP_Root", kInitHttpRoot},  {"HTTP_Scripts", kInitHttpScripts},
-    {"TimeDate", kInitTimeDate},   {"WFile", kInitWFile},
+    {"Exist", kInitExist},        {"Copy", kInitCopy},
+    {"HTTP_User", kInitHttpUser}, {"HTTP_Group", kInitHttpGroup},
+    {"HTTP_Root", kInitHttpRoot}, {"HTTP_Scripts", kInitHttpScripts},
+    {"TimeDate", kInitTimeDate},  {"WFile", kInitWFile},
     {"RFile", kInitRFile},
 };
 

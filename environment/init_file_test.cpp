@@ -58,8 +58,7 @@ TEST_F(InitFileTest, LinesAreReadIn999CharacterPieces) {
   std::string value(988, 'v');
   EXPECT_EQ(load("Copy a " + value + " - -\n"), "2 a " + value + " - -|");
   std::string first = "Copy a b - - " + std::string(986, 'x');
-  EXPECT_EQ(load(first + "Exist p q - - " + std::string(187, 'y') + "\n"),
-            "2 a b - -|1 p q - -|");
+  EXPECT_EQ(load(first + "Exist p q - - " + std::string(187, 'y') + "\n"), "2 a b - -|1 p q - -|");
 }
 
 TEST_F(InitFileTest, UnreadableFileKeepsListAndSetsError) {
@@ -87,7 +86,7 @@ TEST_F(InitFileTest, CursorMoves) {
   init_back(list_);
   EXPECT_EQ(next(), "a1");
   init_seek(list_, 0);
-  init_back(list_);  // stays at 0
+  init_back(list_);     // stays at 0
   init_seek(list_, 3);  // beyond the count: stays
   EXPECT_EQ(next(), "a0");
   init_seek(list_, 2);

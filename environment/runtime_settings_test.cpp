@@ -71,8 +71,8 @@ TEST_F(runtime_settings_test, BuiltInsComeFirstThenTheFilesRowsInOrder) {
 
 TEST_F(runtime_settings_test, UnreadableFilesAndNullArgumentsLoadNothing) {
   EXPECT_EQ(runtime_settings_load(store_, path("missing.dat").c_str()), 0);
-  EXPECT_TRUE(logged("Error opening '" + path("missing.dat") +
-                     "' for read, No such file or directory"));
+  EXPECT_TRUE(
+      logged("Error opening '" + path("missing.dat") + "' for read, No such file or directory"));
   EXPECT_EQ(ini_count(store_), 0);
   EXPECT_EQ(runtime_settings_defs(), nullptr);
   EXPECT_EQ(runtime_settings_load(store_, nullptr), 0);

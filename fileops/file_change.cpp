@@ -84,8 +84,8 @@ int change_entry(const file_entry* entry, int held, const change& wanted) {
     return change_at(held, "", AT_EMPTY_PATH, now, wanted, entry->path);
   }
   if (!entry->dir_shared) {
-    return change_at(entry->dir_fd, entry->name.c_str(), AT_SYMLINK_NOFOLLOW, entry->status,
-                     wanted, entry->path);
+    return change_at(entry->dir_fd, entry->name.c_str(), AT_SYMLINK_NOFOLLOW, entry->status, wanted,
+                     entry->path);
   }
   unique_fd fd(openat(entry->dir_fd, entry->name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   if (!fd || fstat(fd.get(), &now) != 0) return -1;
@@ -104,8 +104,7 @@ int change_logged(const file_entry* entry, const char* path, int held, const cha
   if (entry != nullptr && change_entry(entry, held, wanted) == 0) return k_ok;
   if (errno == EMLINK) return k_fail;  // refused, and said why
   if (wanted.owner) {
-    file_error("Error changing ownership of '%s' to uid=%d, gid=%d", path, wanted.uid,
-               wanted.gid);
+    file_error("Error changing ownership of '%s' to uid=%d, gid=%d", path, wanted.uid, wanted.gid);
   } else {
     file_error("Error changing mode of '%s' to %d", path, wanted.mode);
   }
@@ -143,4 +142,3 @@ int file_entry_chown(const file_entry* entry, int held, int uid, int gid) {
   if (gid == -1) gid = uid;
   return change_logged(entry, entry->path, held, change{true, uid, gid, 0});
 }
-

@@ -142,8 +142,7 @@ void file_dir_close(file_listing** listing) {
 unique_fd file_entry_open_dir(const file_entry* entry) {
   if (entry == nullptr) return {};
   errno = 0;
-  unique_fd dir(openat(entry->dir_fd, entry->name.c_str(),
-                       kListFlags | O_NOFOLLOW | O_CLOEXEC));
+  unique_fd dir(openat(entry->dir_fd, entry->name.c_str(), kListFlags | O_NOFOLLOW | O_CLOEXEC));
   struct stat now {};
   if (dir && fstat(dir.get(), &now) == 0 &&
       (now.st_dev != entry->status.st_dev || now.st_ino != entry->status.st_ino)) {

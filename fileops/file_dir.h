@@ -43,10 +43,10 @@ struct file_entry {
 // An open listing (directory path, pattern, directory stream). Opaque.
 struct file_listing;
 
-// Opens dir (file_trust.h: only trusted links are followed) and returns a new entry holding its first name matching pattern;
-// *listing then holds the open listing. Null (and *listing cleared) when an
-// argument is null, the directory cannot be opened (logged as "Error opening
-// dir '%s'" with the system's reason) or nothing matches.
+// Opens dir (file_trust.h: only trusted links are followed) and returns a new entry holding its
+// first name matching pattern; *listing then holds the open listing. Null (and *listing cleared)
+// when an argument is null, the directory cannot be opened (logged as "Error opening dir '%s'" with
+// the system's reason) or nothing matches.
 file_entry* file_dir_open(file_listing** listing, const char* dir, const char* pattern);
 // What a listing reads of each entry's status: all of it, or, for entries
 // that are neither directories nor links, only the type the directory

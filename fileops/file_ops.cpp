@@ -30,7 +30,6 @@ constexpr size_t kChunkSize = 8192;
 constexpr size_t kStreamChunks = 16;
 alignas(4096) char g_stream[kChunkSize * kStreamChunks];
 
-
 bool is_separator(char c) { return c == '/' || c == '\\'; }
 
 // The last separator of path, or nullptr.
@@ -72,8 +71,8 @@ bool write_all(int fd, const char* data, size_t size) {
 }
 
 // Streams source into destination; false once either side fails (logged).
-bool copy_stream(int source, int destination, const char* source_path,
-                 const char* destination_path, unsigned* bytes) {
+bool copy_stream(int source, int destination, const char* source_path, const char* destination_path,
+                 unsigned* bytes) {
   for (;;) {
     ssize_t got = read(source, g_stream, sizeof g_stream);
     if (got < 0 && errno == EINTR) continue;
@@ -132,8 +131,8 @@ bool names_source(const file_place& destination, int in) {
 
 // Copies the opened source (in, or the errno of its failed open) to
 // destination as file_copy says.
-int copy_opened(unique_fd in, int in_error, const char* source_path,
-                const file_place& destination, int overwrite, unsigned* bytes) {
+int copy_opened(unique_fd in, int in_error, const char* source_path, const file_place& destination,
+                int overwrite, unsigned* bytes) {
   unique_fd out(openat(destination.dir_fd, destination.name, kWriteFlags | O_CREAT | O_EXCL, 0666));
   if (!out && errno != EEXIST) {
     file_error("Error opening '%s' for write", destination.path);

@@ -44,12 +44,11 @@ int file_is_dir(const char* path);
 // ---- files -------------------------------------------------------------------
 
 // Copies source to destination in 8,192-byte chunks moved through a stream
-// buffer of 128 KiB, adding what is written to *bytes when bytes is given. 1 copied; -1 destination exists and
-// overwrite is 0 (nothing done, nothing reported); 0 failed, also when both
-// name the same file. When the source cannot be read, an empty destination
-// is left behind. The new file takes its mode from the creation mask. A
-// symbolic link at the destination's name fails the copy (ELOOP) and is left
-// as it was; what it points to is never written.
+// buffer of 128 KiB, adding what is written to *bytes when bytes is given. 1 copied; -1 destination
+// exists and overwrite is 0 (nothing done, nothing reported); 0 failed, also when both name the
+// same file. When the source cannot be read, an empty destination is left behind. The new file
+// takes its mode from the creation mask. A symbolic link at the destination's name fails the copy
+// (ELOOP) and is left as it was; what it points to is never written.
 int file_copy(const char* source, const char* destination, int overwrite, unsigned* bytes);
 // A name in a directory held open, and its full path for the messages.
 struct file_place {

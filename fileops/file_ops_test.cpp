@@ -152,8 +152,10 @@ TEST(FileNames, NamesAndIds) {
     const char* path;
     const char* base;
     const char* dir;
-  } const rows[] = {{"a/b/c.txt", "c.txt", "a/b"}, {"a\\b/c", "c", "a\\b"},
-                    {"name", "name", "name"},     {"dir/", "", "dir"},
+  } const rows[] = {{"a/b/c.txt", "c.txt", "a/b"},
+                    {"a\\b/c", "c", "a\\b"},
+                    {"name", "name", "name"},
+                    {"dir/", "", "dir"},
                     {"/top", "top", ""}};
   char buffer[kPathSize];
   for (const auto& row : rows) {

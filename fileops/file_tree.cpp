@@ -224,8 +224,8 @@ int start_walk(const char* source_dir, const char* pattern, const char* exclude,
 // Removes one listed entry below a tree being removed; 1 when it went.
 int remove_entry(const file_entry* entry, const char* exclude) {
   if (file_entry_is_dir(entry)) {
-    int count = remove_at(entry->dir_fd, entry->name.c_str(), entry->path, entry->status,
-                          exclude, 1);
+    int count =
+        remove_at(entry->dir_fd, entry->name.c_str(), entry->path, entry->status, exclude, 1);
     file_report(count > 0, entry->path, nullptr, 0);
     return count;
   }
@@ -236,8 +236,7 @@ int remove_entry(const file_entry* entry, const char* exclude) {
 
 // Removes the listed contents of a directory held open.
 int remove_below(unique_fd dir, const char* path, const char* exclude) {
-  file_listing* listing =
-      file_listing_open(std::move(dir), path, "*", file_status_need::type);
+  file_listing* listing = file_listing_open(std::move(dir), path, "*", file_status_need::type);
   if (listing == nullptr) return 0;
   int count = 0;
   file_entry entry;

@@ -27,8 +27,8 @@ bool is_separator(char c, bool backslash) { return c == '/' || (backslash && c =
 
 // Pushes the components of text onto todo so that its first is walked next;
 // each one's shown text is base followed by text up to its end.
-void push_components(std::vector<component>* todo, const std::string& text,
-                     const std::string& base, bool backslash) {
+void push_components(std::vector<component>* todo, const std::string& text, const std::string& base,
+                     bool backslash) {
   std::vector<component> parts;
   size_t start = 0;
   for (size_t at = 0; at <= text.size(); ++at) {
@@ -158,8 +158,8 @@ bool file_refuse_second_name(const struct stat& file, bool dir_shared, const cha
                              const char* path) {
   if (!dir_shared || !S_ISREG(file.st_mode) || file.st_nlink <= 1) return false;
   errno = EMLINK;
-  file_error("Not %s '%s': it has other names and other accounts can change its directory",
-             doing, path);
+  file_error("Not %s '%s': it has other names and other accounts can change its directory", doing,
+             path);
   errno = EMLINK;
   return true;
 }

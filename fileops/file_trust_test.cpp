@@ -63,8 +63,8 @@ TEST_F(FileTrust, ALinkCountsOnlyInADirectoryNoOtherAccountCanChange) {
     int trusted;
   };
   const row rows[] = {
-      {0, 0755, 0, 1},       {0, 01777, 0, 1},       // private, or sticky
-      {0, 0775, 0, 0},       {0, 0757, 0, 0},        // group or others may write
+      {0, 0755, 0, 1},       {0, 01777, 0, 1},        // private, or sticky
+      {0, 0775, 0, 0},       {0, 0757, 0, 0},         // group or others may write
       {kNobody, 0755, 0, 0}, {0, 01777, kNobody, 0},  // another's directory, another's link
   };
   mkdir(path("outside").c_str(), 0755);
@@ -79,8 +79,7 @@ TEST_F(FileTrust, ALinkCountsOnlyInADirectoryNoOtherAccountCanChange) {
     }
     ASSERT_EQ(chmod(dir.c_str(), r.dir_mode), 0);
     EXPECT_EQ(file_path_trusted((dir + "/link/x").c_str()), r.trusted) << dir;
-    EXPECT_EQ(static_cast<bool>(file_open_path((dir + "/link").c_str(), O_RDONLY)),
-              r.trusted == 1)
+    EXPECT_EQ(static_cast<bool>(file_open_path((dir + "/link").c_str(), O_RDONLY)), r.trusted == 1)
         << dir;
   }
 }

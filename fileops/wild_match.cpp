@@ -109,8 +109,7 @@ std::string_view next_item(std::string_view& list) {
 int list_match(const char* names, const char* patterns, bool exact) {
   if (names == nullptr || patterns == nullptr) return 0;
   std::string_view name_list(names);
-  for (std::string_view name = next_item(name_list); !name.empty();
-       name = next_item(name_list)) {
+  for (std::string_view name = next_item(name_list); !name.empty(); name = next_item(name_list)) {
     std::string_view pattern_list(patterns);
     for (std::string_view pattern = next_item(pattern_list); !pattern.empty();
          pattern = next_item(pattern_list)) {

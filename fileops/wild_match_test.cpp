@@ -16,16 +16,26 @@ TEST(WildMatch, TableRows) {
     int exact;
     int nocase;
   } const rows[] = {
-      {"readme.txt", "*.txt", 1, 1},  {"readme.txt", "*.TXT", 0, 1},
-      {"abc", "abc*", 1, 1},          {"abc", "a*", 1, 1},
-      {"abc", "a?c", 1, 1},           {"abxc", "a*?c", 0, 0},
-      {"", "*", 1, 1},                {"", "**", 1, 1},
-      {"", "a", 0, 0},                {"ab?c", "a*?c", 1, 1},
-      {"", "", 1, 1},                 {"abc", "", 0, 0},
-      {"README.txt", "read*", 0, 1},  {"abc", "ab", 0, 0},
-      {"ab", "abc", 0, 0},            {".hidden", "*", 1, 1},
-      {"a.tar.gz", "*.gz", 1, 1},     {"aXbXc", "a*b*c", 1, 1},
-      {"aXbXc", "a*B*c", 0, 1},       {"abcabd", "*ab?", 1, 1},
+      {"readme.txt", "*.txt", 1, 1},
+      {"readme.txt", "*.TXT", 0, 1},
+      {"abc", "abc*", 1, 1},
+      {"abc", "a*", 1, 1},
+      {"abc", "a?c", 1, 1},
+      {"abxc", "a*?c", 0, 0},
+      {"", "*", 1, 1},
+      {"", "**", 1, 1},
+      {"", "a", 0, 0},
+      {"ab?c", "a*?c", 1, 1},
+      {"", "", 1, 1},
+      {"abc", "", 0, 0},
+      {"README.txt", "read*", 0, 1},
+      {"abc", "ab", 0, 0},
+      {"ab", "abc", 0, 0},
+      {".hidden", "*", 1, 1},
+      {"a.tar.gz", "*.gz", 1, 1},
+      {"aXbXc", "a*b*c", 1, 1},
+      {"aXbXc", "a*B*c", 0, 1},
+      {"abcabd", "*ab?", 1, 1},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(std::string(row.text) + " / " + row.pattern);

@@ -22,8 +22,9 @@ int list_grow(dyn_list* list) {
   long long wanted = static_cast<long long>(list->capacity) + list->step;
   if (wanted <= 0) return 0;
   int capacity = wanted > INT_MAX ? 0 : static_cast<int>(wanted);
-  void* grown = capacity == 0 ? nullptr
-                : std::realloc(list->items, sizeof(void*) * static_cast<size_t>(capacity));
+  void* grown = capacity == 0
+                    ? nullptr
+                    : std::realloc(list->items, sizeof(void*) * static_cast<size_t>(capacity));
   if (grown == nullptr) {
     log_error("Memory allocation error.");
     return 0;

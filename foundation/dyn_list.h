@@ -14,11 +14,11 @@
 #include <cstdlib>
 
 struct dyn_list {
-  int capacity = 0;         // slots allocated
-  int step = 10;            // slots added by each growth
-  int count = 0;            // slots in use, at the front
-  int cursor = -1;          // next index list_next returns, -1 none
-  void** items = nullptr;   // `capacity` slots (realloc'd); unused ones are null
+  int capacity = 0;        // slots allocated
+  int step = 10;           // slots added by each growth
+  int count = 0;           // slots in use, at the front
+  int cursor = -1;         // next index list_next returns, -1 none
+  void** items = nullptr;  // `capacity` slots (realloc'd); unused ones are null
 
   dyn_list() = default;
   dyn_list(const dyn_list&) = delete;

@@ -156,7 +156,7 @@ TEST(DynList, ReadLinesKeepsItsDocumentedShapes) {
   std::vector<std::string> lines = texts_of(list);
   ASSERT_EQ(lines.size(), 6u);
   EXPECT_EQ(lines[0], "one");
-  EXPECT_EQ(lines[1], "\n");  // an empty line keeps its line end
+  EXPECT_EQ(lines[1], "\n");   // an empty line keeps its line end
   EXPECT_EQ(lines[2], "two");  // text after a CR is lost
   EXPECT_EQ(lines[3], std::string(998, 'x'));
   EXPECT_EQ(lines[4], std::string(202, 'x'));

@@ -75,7 +75,8 @@ bool opened_file_allowed(int fd, const std::string& path, bool writing) {
     return false;
   }
   if (writing && status.st_nlink > 1 && parent_shared(path)) {
-    refuse(EMLINK, "Not writing '%s': it has other names and other accounts can change its directory",
+    refuse(EMLINK,
+           "Not writing '%s': it has other names and other accounts can change its directory",
            path.c_str());
     return false;
   }

@@ -82,8 +82,8 @@ TEST_F(FileOpen, OnlyRegularFilesAreOpened) {
     int err;
   };
   const Row rows[] = {
-      {path("fifo"), "r", EINVAL}, {path("fifo"), "w", EINVAL},  {"/dev/zero", "r", EINVAL},
-      {"/dev/urandom", "r", EINVAL}, {"/dev/full", "w", EINVAL}, {path("dir"), "r", EISDIR},
+      {path("fifo"), "r", EINVAL},   {path("fifo"), "w", EINVAL}, {"/dev/zero", "r", EINVAL},
+      {"/dev/urandom", "r", EINVAL}, {"/dev/full", "w", EINVAL},  {path("dir"), "r", EISDIR},
   };
   for (const Row& row : rows) {
     errno = 0;

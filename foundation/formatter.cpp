@@ -21,15 +21,12 @@ constexpr const char* kNullText = "(NULL)";
 struct conversion {
   std::string directive = "%";  // flags, width and precision with "*" resolved
   int width = 0;
-  int precision = -1;      // -1: none given
-  char length = 0;         // 0, 'h', 'H' (hh), 'l', 'q' (ll), 'L', 'j', 'z', 't'
+  int precision = -1;  // -1: none given
+  char length = 0;     // 0, 'h', 'H' (hh), 'l', 'q' (ll), 'L', 'j', 'z', 't'
   char letter = 0;
 };
 
-bool is_spec_char(char c) {
-  return std::strchr("-+0 #.*", c) != nullptr || (c >= '0' && c <= '9');
-}
-
+bool is_spec_char(char c) { return std::strchr("-+0 #.*", c) != nullptr || (c >= '0' && c <= '9'); }
 
 std::string decimal(int value) {
   char digits[16];
@@ -44,9 +41,7 @@ std::string decimal(int value) {
   return text;
 }
 
-int add_digit(int field, char digit) {
-  return std::min(field * 10 + (digit - '0'), kFieldMax);
-}
+int add_digit(int field, char digit) { return std::min(field * 10 + (digit - '0'), kFieldMax); }
 
 // Reads flags, width and precision ("*" takes the next integer argument, a
 // negative width meaning "-", a negative precision none) and any length
@@ -103,8 +98,9 @@ std::string render_integer(const conversion& conv, va_list* args) {
   long long value = 0;
   bool is_unsigned = std::strchr("ouxX", conv.letter) != nullptr;
   switch (conv.length) {
-    case 'l': value = is_unsigned ? static_cast<long long>(va_arg(*args, unsigned long))
-                                  : va_arg(*args, long);
+    case 'l':
+      value =
+          is_unsigned ? static_cast<long long>(va_arg(*args, unsigned long)) : va_arg(*args, long);
       break;
     case 'q': value = va_arg(*args, long long); break;
     case 'j': value = va_arg(*args, intmax_t); break;
@@ -112,10 +108,10 @@ std::string render_integer(const conversion& conv, va_list* args) {
     case 't': value = va_arg(*args, ptrdiff_t); break;
     default:
       value = is_unsigned ? static_cast<long long>(va_arg(*args, unsigned)) : va_arg(*args, int);
-      if (conv.length == 'h') value = is_unsigned ? static_cast<unsigned short>(value)
-                                                  : static_cast<short>(value);
-      if (conv.length == 'H') value = is_unsigned ? static_cast<unsigned char>(value)
-                                                  : static_cast<signed char>(value);
+      if (conv.length == 'h')
+        value = is_unsigned ? static_cast<unsigned short>(value) : static_cast<short>(value);
+      if (conv.length == 'H')
+        value = is_unsigned ? static_cast<unsigned char>(value) : static_cast<signed char>(value);
       break;
   }
   char letter = conv.letter == 'C' ? 'c' : conv.letter;
@@ -153,8 +149,8 @@ std::string render_double(const conversion& conv, va_list* args) {
 std::string render_text(const conversion& conv, va_list* args) {
   const char* text = va_arg(*args, const char*);
   if (text == nullptr) return kNullText;
-  size_t length = conv.precision >= 0 ? strnlen(text, static_cast<size_t>(conv.precision))
-                                      : std::strlen(text);
+  size_t length =
+      conv.precision >= 0 ? strnlen(text, static_cast<size_t>(conv.precision)) : std::strlen(text);
   std::string block(std::max(length, static_cast<size_t>(conv.width)) + 1, '\0');
   int written = sprintf(block.data(), (conv.directive + 's').c_str(), text);
   block.resize(written < 0 ? 0 : static_cast<size_t>(written));
@@ -204,8 +200,9 @@ extern "C" int vsnprintf(char* __restrict buffer, size_t size, const char* __res
       if (*p == '\0') break;  // a lone "%" at the end prints nothing
       ++p;
       std::string text = render(conv, &ap, length);
-      length += static_cast<size_t>(
-          str_copy(buffer + length, text.c_str(), static_cast<int>(std::min<size_t>(size - length, INT_MAX))));
+      length +=
+          static_cast<size_t>(str_copy(buffer + length, text.c_str(),
+                                       static_cast<int>(std::min<size_t>(size - length, INT_MAX))));
     }
     if (*p != '\0' && length >= size) {
       va_end(ap);

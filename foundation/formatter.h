@@ -16,8 +16,7 @@
 extern "C" {
 int vsnprintf(char* __restrict buffer, size_t size, const char* __restrict format,
               va_list args) noexcept;
-int snprintf(char* __restrict buffer, size_t size, const char* __restrict format,
-             ...) noexcept;
+int snprintf(char* __restrict buffer, size_t size, const char* __restrict format, ...) noexcept;
 }
 
 // vsnprintf, then, on -1 or a result equal to size, terminates at the last

@@ -48,7 +48,6 @@ TEST(Formatter, EdgesOfBufferAndFormat) {
   EXPECT_STREQ(buffer, "");
 }
 
-
 std::string format_with(const char* format, ...) {
   char buffer[256];
   va_list args;

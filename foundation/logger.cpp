@@ -40,7 +40,8 @@ std::string bounded(const char* text, int size) {
 // swallow it, and always private to its owner, also when an earlier file
 // had a wider mode.
 FILE* open_for_append(const char* path) {
-  int fd = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kLogMode);
+  int fd =
+      open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kLogMode);
   if (fd < 0) return nullptr;
   struct stat status {};
   bool usable = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);

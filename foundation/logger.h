@@ -18,14 +18,14 @@ inline constexpr unsigned kLogDefaultMaxSize = 1048576;
 inline constexpr int kLogDefaultKeep = 4;
 
 struct logger {
-  std::string name;        // log file path; empty: no file chosen
-  unsigned level = 0;      // lines above this level are dropped
-  int flush_every = 0;     // flush every this many lines; 0 never
-  int lines = 0;           // lines written so far
-  int keep = kLogDefaultKeep;  // number of the oldest rotated copy
-  unsigned size = 0;       // bytes in the current file as far as we know
+  std::string name;                        // log file path; empty: no file chosen
+  unsigned level = 0;                      // lines above this level are dropped
+  int flush_every = 0;                     // flush every this many lines; 0 never
+  int lines = 0;                           // lines written so far
+  int keep = kLogDefaultKeep;              // number of the oldest rotated copy
+  unsigned size = 0;                       // bytes in the current file as far as we know
   unsigned max_size = kLogDefaultMaxSize;  // rotation threshold
-  FILE* stream = nullptr;  // open log file, owned
+  FILE* stream = nullptr;                  // open log file, owned
 };
 
 logger* log_create(unsigned level);

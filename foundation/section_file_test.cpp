@@ -19,7 +19,8 @@ TEST(SectionFile, ReadsOnlyTheWantedSectionTrimmed) {
   const std::string file =
       "before\n[install]\n  one  \r\n\n# comment\ntwo # kept\n[Upgrade\n three\n[remove]\nfour\n";
   int found = 0;
-  EXPECT_EQ(section_lines(file, "INSTALL", &found), (std::vector<std::string>{"one", "two # kept"}));
+  EXPECT_EQ(section_lines(file, "INSTALL", &found),
+            (std::vector<std::string>{"one", "two # kept"}));
   EXPECT_EQ(found, 1);
   // A header without its closing bracket still names a section.
   EXPECT_EQ(section_lines(file, "upgrade", &found), (std::vector<std::string>{"three"}));

@@ -4,7 +4,6 @@
 
 #include <cstdio>
 
-
 // ---- paths --------------------------------------------------------------
 
 // Sets the separator str_path_join writes ("/" by default).

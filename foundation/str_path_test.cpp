@@ -20,8 +20,9 @@ struct Row {
 };
 
 TEST(StrPathJoin, OneSeparatorBetweenAndRewritten) {
-  const char* rows[][3] = {{"dir/", "/file", "dir/file"}, {"", "file", "file"}, {"a\\b", "c", "a/b/c"},
-                           {"dir", "/file", "dir/file"},  {"", "/abs", "/abs"}, {"a", "b\\c", "a/b/c"}};
+  const char* rows[][3] = {{"dir/", "/file", "dir/file"}, {"", "file", "file"},
+                           {"a\\b", "c", "a/b/c"},        {"dir", "/file", "dir/file"},
+                           {"", "/abs", "/abs"},          {"a", "b\\c", "a/b/c"}};
   for (const auto& row : rows) {
     char buf[kPathSize];
     str_copy(buf, row[0], sizeof buf);
@@ -38,14 +39,19 @@ TEST(StrPathJoin, OneSeparatorBetweenAndRewritten) {
 }
 
 TEST(StrPathPieces, BaseNameExtensionsAndSplit) {
-  const Row base[] = {{"/usr/local/bin/install.sh", "install"}, {"C:\\x\\setup.tar.gz", "setup"},
-                      {"/home/u/.profile", ""}, {"dir.d/plain", "plain"}};
+  const Row base[] = {{"/usr/local/bin/install.sh", "install"},
+                      {"C:\\x\\setup.tar.gz", "setup"},
+                      {"/home/u/.profile", ""},
+                      {"dir.d/plain", "plain"}};
   for (const auto& row : base) {
     char buf[kPathSize];
     EXPECT_STREQ(str_base_name(buf, row.in, sizeof buf), row.out) << row.in;
   }
-  const Row strip[] = {{"a.tar.gz", "a.tar"}, {"/x.d/file", "/x.d/file"}, {".profile", ".profile"},
-                       {"/h/.bashrc", "/h/.bashrc"}, {"d\\n.c", "d\\n"}};
+  const Row strip[] = {{"a.tar.gz", "a.tar"},
+                       {"/x.d/file", "/x.d/file"},
+                       {".profile", ".profile"},
+                       {"/h/.bashrc", "/h/.bashrc"},
+                       {"d\\n.c", "d\\n"}};
   for (const auto& row : strip) {
     std::string buf(row.in);
     EXPECT_STREQ(str_strip_ext(buf.data()), row.out) << row.in;
@@ -66,9 +72,10 @@ TEST(StrPathPieces, BaseNameExtensionsAndSplit) {
 }
 
 TEST(StrAbsDir, DotsDrivesAndRoots) {
-  const Row rows[] = {{"/a/b/c", "/a/b"}, {"/a/./b/../c/f", "/a/c"}, {"/x", "/"},      {"/../../x/y", "/x"},
-                      {"\\a\\b\\", "/a/b"}, {"//a//b/f", "/a/b"},    {"C:\\a\\b", "C:/a"}, {"C:x", "C:/"},
-                      {"C:/a/../../f", "C:/"}};
+  const Row rows[] = {
+      {"/a/b/c", "/a/b"},     {"/a/./b/../c/f", "/a/c"}, {"/x", "/"},          {"/../../x/y", "/x"},
+      {"\\a\\b\\", "/a/b"},   {"//a//b/f", "/a/b"},      {"C:\\a\\b", "C:/a"}, {"C:x", "C:/"},
+      {"C:/a/../../f", "C:/"}};
   for (const auto& row : rows) {
     char buf[kPathSize];
     EXPECT_STREQ(str_abs_dir(buf, row.in, sizeof buf), row.out) << row.in;
@@ -85,7 +92,9 @@ TEST(StrAbsDir, RelativePathsStartAtWorkingDirectory) {
   const struct {
     const char* in;
     std::string out;
-  } rows[] = {{"file", here}, {"./sub/file", here + "/sub"}, {"sub/", here + "/sub"},
+  } rows[] = {{"file", here},
+              {"./sub/file", here + "/sub"},
+              {"sub/", here + "/sub"},
               {"../f", parent.empty() ? "/" : parent}};
   for (const auto& row : rows) {
     char buf[kPathSize];

@@ -112,8 +112,8 @@ int str_copy_until(const char* src, const char* delims, char* dest, int size) {
   return len;
 }
 
-char* str_replace_all(const char* text, const char* pattern, const char* replacement,
-                      char* out, int size) {
+char* str_replace_all(const char* text, const char* pattern, const char* replacement, char* out,
+                      int size) {
   if (text == nullptr || pattern == nullptr || out == nullptr) return nullptr;
   size_t plen = strlen(pattern);
   const char* hit = plen > 0 ? strstr(text, pattern) : nullptr;
@@ -327,8 +327,7 @@ const char* str_or_empty(const char* text) { return text != nullptr ? text : "";
 // ---- true and false words ---------------------------------------------------
 
 namespace {
-constexpr std::array<const char*, 6> kTrueWords = {"true", "yes", "y", "on", "checked",
-                                                   "selected"};
+constexpr std::array<const char*, 6> kTrueWords = {"true", "yes", "y", "on", "checked", "selected"};
 constexpr std::array<const char*, 4> kFalseWords = {"false", "no", "n", "off"};
 
 template <size_t N>
@@ -403,9 +402,7 @@ const char* str_error_text(int err, char* buffer, int size) {
   return buffer;
 }
 
-const char* str_last_error(char* buffer, int size) {
-  return str_error_text(errno, buffer, size);
-}
+const char* str_last_error(char* buffer, int size) { return str_error_text(errno, buffer, size); }
 
 std::string str_error_suffix(int err) {
   if (err == 0) return "";

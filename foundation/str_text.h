@@ -45,8 +45,8 @@ int str_copy_until(const char* src, const char* delims, char* dest, int size);
 // Replaces every occurrence of pattern by replacement (null counts as "") into
 // out, cut at size-1 characters (out may be text itself; an empty pattern
 // matches nothing). Returns out; nullptr for a null text, pattern or out.
-char* str_replace_all(const char* text, const char* pattern, const char* replacement,
-                      char* out, int size);
+char* str_replace_all(const char* text, const char* pattern, const char* replacement, char* out,
+                      int size);
 
 // ---- compares and searches ----------------------------------------------
 
@@ -127,4 +127,3 @@ std::string str_error_suffix(int err);
 // here.
 std::string str_error_line(int err, const char* format, va_list args);
 void sleep_ms(long ms);
-

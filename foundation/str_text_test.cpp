@@ -56,7 +56,8 @@ TEST(StrReplaceAll, EveryOccurrenceBoundedAndInPlace) {
   char out[16];
   EXPECT_STREQ(str_replace_all("a.b.c", ".", "::", out, sizeof out), "a::b::c");
   EXPECT_STREQ(str_replace_all("a.b.c", ".", nullptr, out, sizeof out), "abc");
-  EXPECT_STREQ(str_replace_all("aaaa", "a", "bbbbbb", out, sizeof out), std::string(15, 'b').c_str());
+  EXPECT_STREQ(str_replace_all("aaaa", "a", "bbbbbb", out, sizeof out),
+               std::string(15, 'b').c_str());
   EXPECT_STREQ(str_replace_all("abc", "", "x", out, sizeof out), "abc");
   char text[16] = "$x and $x";
   EXPECT_STREQ(str_replace_all(text, "$x", "yy", text, sizeof text), "yy and yy");
@@ -103,9 +104,10 @@ TEST(StrWords, TrueFalseAndNeither) {
     const char* text;
     int is_true;
     int is_false;
-  } rows[] = {{"Checked", 1, 0}, {"SELECTED", 1, 0}, {"y", 1, 0},     {"2", 1, 0},  {"-7x", 1, 0},
-              {"OFF", 0, 1},     {"No", 0, 1},       {"0", 0, 1},     {"a0", 0, 1}, {"x", 0, 0},
-              {"", 0, 0},        {"ab0", 0, 0},      {"4294967296", 1, 0}};
+  } rows[] = {{"Checked", 1, 0},   {"SELECTED", 1, 0}, {"y", 1, 0},  {"2", 1, 0},
+              {"-7x", 1, 0},       {"OFF", 0, 1},      {"No", 0, 1}, {"0", 0, 1},
+              {"a0", 0, 1},        {"x", 0, 0},        {"", 0, 0},   {"ab0", 0, 0},
+              {"4294967296", 1, 0}};
   for (const auto& row : rows) {
     EXPECT_EQ(str_is_true(row.text), row.is_true) << row.text;
     EXPECT_EQ(str_is_false(row.text), row.is_false) << row.text;

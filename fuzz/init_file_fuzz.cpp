@@ -8,8 +8,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string path = fuzz_write("install.int", fuzz_text(data, size));
   init_list* list = init_list_create();
   fuzz_require(init_load(list, path.c_str()) == 1, "an existing file loads");
-  for (init_command* command = init_first(list, 0); command != nullptr;
-       command = init_next(list)) {
+  for (init_command* command = init_first(list, 0); command != nullptr; command = init_next(list)) {
     fuzz_require(!command->name.empty() && !command->value.empty(),
                  "a stored record has both arguments");
   }

@@ -7,12 +7,12 @@
 
 #include "fileops/file_dir.h"
 #include "fileops/file_ops.h"
+#include "foundation/console.h"
 #include "foundation/formatter.h"
 #include "foundation/logger.h"
 #include "foundation/results.h"
 #include "foundation/str_path.h"
 #include "foundation/str_text.h"
-#include "foundation/console.h"
 #include "questions/question_error.h"
 #include "settings/ini_expand.h"
 #include "settings/ini_store.h"
@@ -90,9 +90,8 @@ int check_answer(unsigned type, char* answer) {
     }
   }
   if ((type & kQuestionMustExist) != 0 && file_path_type(answer) == 0) {
-    question_set_error((type & kQuestionDir) != 0 ? "Directory '%s' must exist"
-                                                  : "File '%s' must exist",
-                       answer);
+    question_set_error(
+        (type & kQuestionDir) != 0 ? "Directory '%s' must exist" : "File '%s' must exist", answer);
     return k_fail;
   }
   if (type == kQuestionDirEmpty && !dir_is_empty(answer)) {

@@ -40,7 +40,8 @@ TEST_F(QuestionAsk, PromptsWithDefaultsAndTrimsAnswers) {
       {"YN v - - 1 Sure?", "0", "   \n", 1, "Sure? [n]? ", "n"},
       {"Text none - - 1 At $(v)$(nothing)?", "home", " \n", 0, "At home? []? ", ""},
       {"Text none - - 1 Q?", "x", "", 1, "Q? []? ", "q"},  // end of input quits
-      {"Text v - - 1 L?", "x", std::string(1500, 'a') + "\nnext\n", 1, "L? [x]? ", std::string(kLineMax, 'a')},
+      {"Text v - - 1 L?", "x", std::string(1500, 'a') + "\nnext\n", 1, "L? [x]? ",
+       std::string(kLineMax, 'a')},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.line);
@@ -51,7 +52,8 @@ TEST_F(QuestionAsk, PromptsWithDefaultsAndTrimsAnswers) {
     }
   }
   EXPECT_STREQ(question_last_error(), "You must enter an answer");
-  EXPECT_EQ(question_ask(set_, 0, answer_, sizeof answer_), 1);  // the rest of the long line was dropped
+  EXPECT_EQ(question_ask(set_, 0, answer_, sizeof answer_),
+            1);  // the rest of the long line was dropped
   EXPECT_STREQ(answer_, "next");
   EXPECT_EQ(question_ask(set_, 1, answer_, sizeof answer_), 0);
 }
@@ -61,7 +63,8 @@ TEST_F(QuestionAsk, WrapsPromptsLongerThanEighty) {
   const std::pair<std::string, std::string> rows[] = {
       {a40 + " " + std::string(35, 'b'), a40 + " " + std::string(35, 'b') + " []? "},
       {a40 + " " + std::string(36, 'b'), a40 + " " + std::string(36, 'b') + "\n[]? "},
-      {std::string(250, 'c'), c79 + "\n" + c79 + "\n" + c79 + "\n" + std::string(10, 'c') + " []? "},
+      {std::string(250, 'c'),
+       c79 + "\n" + c79 + "\n" + c79 + "\n" + std::string(10, 'c') + " []? "},
   };
   for (const auto& [text, shown] : rows) {
     ask("Text none - - 1 " + text, "", "x\n");
@@ -83,7 +86,8 @@ TEST_F(QuestionAsk, AcceptChecksAndNormalisesByType) {
       {0, "c:\\x\\", true, "c:\\x"},
       {1, dir_ + "/", true, dir_},
       {1, path("plain"), true, path("plain")},
-      {1, missing + "/", false, "Directory '" + missing + "' must exist, No such file or directory"},
+      {1, missing + "/", false,
+       "Directory '" + missing + "' must exist, No such file or directory"},
       {2, missing, false, "File '" + missing + "' must exist, No such file or directory"},
       {3, path("empty"), true, path("empty")},
       {3, missing, true, missing},
@@ -96,8 +100,9 @@ TEST_F(QuestionAsk, AcceptChecksAndNormalisesByType) {
       {5, "c:\\d\\setup.exe", true, "setup"},
       {6, "  as is ", true, "  as is "},
   };
-  load_set("Dir v - - 1 D?\nDirExist v - - 1 D?\nFileExist v - - 1 F?\nDirEmpty v - - 1 D?\n"
-           "YN v - - 1 Y?\nFileName v - - 1 F?\nTextual v - - 1 T?\n");
+  load_set(
+      "Dir v - - 1 D?\nDirExist v - - 1 D?\nFileExist v - - 1 F?\nDirEmpty v - - 1 D?\n"
+      "YN v - - 1 Y?\nFileName v - - 1 F?\nTextual v - - 1 T?\n");
   for (auto row : rows) {
     SCOPED_TRACE(row.answer);
     ini_set(store_, "v", "old");

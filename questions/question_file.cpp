@@ -6,10 +6,10 @@
 #include <string_view>
 
 #include "foundation/file_guard.h"
-#include "foundation/section_file.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
 #include "foundation/results.h"
+#include "foundation/section_file.h"
 #include "foundation/str_text.h"
 #include "questions/question_error.h"
 
@@ -25,12 +25,10 @@ struct type_word {
 
 // Searched in this order; the words are whole, so the order decides nothing.
 constexpr type_word kTypeWords[] = {
-    {"Text", kQuestionText},         {"YN", kQuestionYesNo},
-    {"Dir", kQuestionDir},           {"DirExist", kQuestionDirExist},
-    {"DirEmpty", kQuestionDirEmpty}, {"File", kQuestionFile},
-    {"FileExist", kQuestionFileExist}, {"FileName", kQuestionFileName},
-    {"Copy", kQuestionCopy},         {"Exist", kQuestionExist},
-    {"Error", kQuestionError},       {"Loop", kQuestionLoop},
+    {"Text", kQuestionText},           {"YN", kQuestionYesNo},          {"Dir", kQuestionDir},
+    {"DirExist", kQuestionDirExist},   {"DirEmpty", kQuestionDirEmpty}, {"File", kQuestionFile},
+    {"FileExist", kQuestionFileExist}, {"FileName", kQuestionFileName}, {"Copy", kQuestionCopy},
+    {"Exist", kQuestionExist},         {"Error", kQuestionError},       {"Loop", kQuestionLoop},
 };
 
 // How a field is taken from the line.

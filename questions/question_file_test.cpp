@@ -50,9 +50,11 @@ TEST_F(QuestionFile, ParsesEveryLineShape) {
 }
 
 TEST_F(QuestionFile, LoadsOneSectionAndKeepsIt) {
-  const std::string file = write_file("install.q",
-      "# comment\nText stray - - 0 Before any section?\n  [Install]  \n"
-      "Text name - - 1 Name?\n\n#Text no - - 1 No?\nYN ok - - 2 OK?\n[upgrade\nText old - - 3 Old?\n[empty]\n");
+  const std::string file =
+      write_file("install.q",
+                 "# comment\nText stray - - 0 Before any section?\n  [Install]  \n"
+                 "Text name - - 1 Name?\n\n#Text no - - 1 No?\nYN ok - - 2 OK?\n[upgrade\nText old "
+                 "- - 3 Old?\n[empty]\n");
   question_set* set = question_set_create(nullptr);
   EXPECT_EQ(question_load(set, file.c_str(), "UPGRADE"), 1);
   EXPECT_EQ(question_count(set), 1u);

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "fileops/file_ops.h"
+#include "foundation/console.h"
 #include "foundation/str_text.h"
 #include "questions/question_ask.h"
-#include "foundation/console.h"
 #include "questions/question_error.h"
 #include "settings/ini_expand.h"
 #include "settings/ini_store.h"

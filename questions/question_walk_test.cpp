@@ -43,48 +43,55 @@ TEST_F(QuestionWalk, ScriptedInstallDialogue) {
   write_file("www/index.html", "");
   write_file("LICENSE", "");
   const ini_setting_def defs[] = {
-      {"name", "guest", 0},     {"use_db", "false", 0}, {"db_name", "none", 0},
+      {"name", "guest", 0},        {"use_db", "false", 0},       {"db_name", "none", 0},
       {"app_dir", "/opt/app/", 0}, {"web_root", www.c_str(), 0}, {"data_dir", nullptr, 0},
-      {"conf", nullptr, 0},     {"license", nullptr, 0}, {"package", nullptr, 0},
-      {"backup", nullptr, 0},   {"has_index", nullptr, 0}, {"happy", "true", 0},
+      {"conf", nullptr, 0},        {"license", nullptr, 0},      {"package", nullptr, 0},
+      {"backup", nullptr, 0},      {"has_index", nullptr, 0},    {"happy", "true", 0},
       {nullptr, nullptr, 0}};
   make_store(defs);
   const std::string data = path("data"), license = path("LICENSE");
-  const std::string input = "Ann\nb\n\n\n\n/nonexistent\n\n\n" + www + "\n" + data + "/\n/etc/app.conf\n" +
-                            license + "\n/tmp/app-1.2.tar.gz\nn\ny\nyes\n" +
+  const std::string input = "Ann\nb\n\n\n\n/nonexistent\n\n\n" + www + "\n" + data +
+                            "/\n/etc/app.conf\n" + license + "\n/tmp/app-1.2.tar.gz\nn\ny\nyes\n" +
                             "\ny\nappdb\n/srv/app/\n\n\n\n\n\n\n\n";
   EXPECT_EQ(walk(kInstallQuestions, input), walk_outcome::success);
   const std::string retry = ", please try again\n";
   EXPECT_EQ(printed(),
             "Your name? [guest]? Use a database? [n]? Your name? [Ann]? Use a database? [n]? "
-            "Install into? [/opt/app/]? Web root? [" + www + "]? "
-            "Error: Directory '/nonexistent' must exist, No such file or directory" + retry +
-            "Web root? [" + www + "]? Data directory? []? Error: You must enter an answer" + retry +
-            "Data directory? []? Error: Directory '" + www + "' must be empty" + retry +
-            "Data directory? []? Config file? []? License file? []? Package? []? "
-            "All fine? [y]? All fine? [n]? Do you want to change your answers [n]? "
-            "Your name? [Ann]? Use a database? [n]? Database name? [none]? "
-            "Install into? [/opt/app]? Web root? [" + www + "]? Data directory? [" + data + "]? "
-            "Config file? [/etc/app.conf]? License file? [" + license + "]? "
-            "Package? [app-1.2.tar]? All fine? [y]? Do you want to change your answers [n]? ");
+            "Install into? [/opt/app/]? Web root? [" +
+                www +
+                "]? "
+                "Error: Directory '/nonexistent' must exist, No such file or directory" +
+                retry + "Web root? [" + www +
+                "]? Data directory? []? Error: You must enter an answer" + retry +
+                "Data directory? []? Error: Directory '" + www + "' must be empty" + retry +
+                "Data directory? []? Config file? []? License file? []? Package? []? "
+                "All fine? [y]? All fine? [n]? Do you want to change your answers [n]? "
+                "Your name? [Ann]? Use a database? [n]? Database name? [none]? "
+                "Install into? [/opt/app]? Web root? [" +
+                www + "]? Data directory? [" + data +
+                "]? "
+                "Config file? [/etc/app.conf]? License file? [" +
+                license +
+                "]? "
+                "Package? [app-1.2.tar]? All fine? [y]? Do you want to change your answers [n]? ");
   const std::pair<const char*, std::string> expected[] = {
-      {"name", "Ann"},         {"use_db", "true"},   {"db_name", "appdb"},
-      {"app_dir", "/srv/app"}, {"web_root", www},    {"data_dir", data},
-      {"conf", "/etc/app.conf"}, {"license", license}, {"package", "app-1.2"},
-      {"backup", "/srv/app"},  {"has_index", "true"}, {"happy", "true"}};
+      {"name", "Ann"},           {"use_db", "true"},    {"db_name", "appdb"},
+      {"app_dir", "/srv/app"},   {"web_root", www},     {"data_dir", data},
+      {"conf", "/etc/app.conf"}, {"license", license},  {"package", "app-1.2"},
+      {"backup", "/srv/app"},    {"has_index", "true"}, {"happy", "true"}};
   for (const auto& [name, text] : expected) EXPECT_EQ(value(name), text) << name;
 }
 
 TEST_F(QuestionWalk, ConditionsCompareExactly) {
-  const ini_setting_def defs[] = {{"use_db", nullptr, 0}, {"kind", "pg", 0}, {"x", "old", 0},
-                                  {nullptr, nullptr, 0}};
+  const ini_setting_def defs[] = {
+      {"use_db", nullptr, 0}, {"kind", "pg", 0}, {"x", "old", 0}, {nullptr, nullptr, 0}};
   make_store(defs);
   const struct {
     const char* use_db;  // null: no value
     const char* compare;
     bool asked;
-  } rows[] = {{"true", "-", true},      {"false", "-", false},     {"maybe", "-", false},
-              {nullptr, "mysql", true}, {"mysql", "mysql", true},  {"MySQL", "mysql", false},
+  } rows[] = {{"true", "-", true},      {"false", "-", false},    {"maybe", "-", false},
+              {nullptr, "mysql", true}, {"mysql", "mysql", true}, {"MySQL", "mysql", false},
               {"pg", "kind", true},     {"kind", "kind", false}};
   for (const auto& row : rows) {
     SCOPED_TRACE(std::string(str_or_empty(row.use_db)) + " " + row.compare);
@@ -98,8 +105,8 @@ TEST_F(QuestionWalk, ConditionsCompareExactly) {
 }
 
 TEST_F(QuestionWalk, UnattendedTakesDefaults) {
-  const ini_setting_def defs[] = {{"a", "x/", 0}, {"b", nullptr, INI_EMPTY_OK}, {"y", "on", 0},
-                                  {nullptr, nullptr, 0}};
+  const ini_setting_def defs[] = {
+      {"a", "x/", 0}, {"b", nullptr, INI_EMPTY_OK}, {"y", "on", 0}, {nullptr, nullptr, 0}};
   make_store(defs);
   question_set_unattended(1);
   EXPECT_EQ(walk("Dir a - - 1 A?\nText b - - 1 B?\nYN y - - 1 Y?\n", ""), walk_outcome::success);
@@ -110,9 +117,10 @@ TEST_F(QuestionWalk, UnattendedTakesDefaults) {
 }
 
 TEST_F(QuestionWalk, EndsWithTheRightOutcomeAndMessage) {
-  const ini_setting_def defs[] = {{"flag", "false", 0}, {"next", "false", 0}, {"later", "true", 0},
-                                  {"root", "/srv", 0}, {"m", "/nonexistent/m", 0}, {"q", "q", 0},
-                                  {"back", "B", 0}, {nullptr, nullptr, 0}};
+  const ini_setting_def defs[] = {{"flag", "false", 0},       {"next", "false", 0},
+                                  {"later", "true", 0},       {"root", "/srv", 0},
+                                  {"m", "/nonexistent/m", 0}, {"q", "q", 0},
+                                  {"back", "B", 0},           {nullptr, nullptr, 0}};
   make_store(defs);
   const char* const error_first = "Error flag 1 Cannot find $(root)\nText root - - 1 Root?\n";
   const struct {
@@ -127,13 +135,17 @@ TEST_F(QuestionWalk, EndsWithTheRightOutcomeAndMessage) {
       {0, 0, "Error later 1 No\nText root - - 1 Root?\n", "b\nq\n", walk_outcome::quit,
        "Root? [/srv]? Root? [/srv]? "},  // back onto the Error, which passes again
       {0, 0, "Text root - - 1 Root?\n", "B\n", walk_outcome::quit, "Root? [/srv]? Root? [/srv]? "},
-      {1, 0, "Copy flag - - 0 next\nCopy next - - 0 later\nLoop flag 0\n", "", walk_outcome::success, ""},
+      {1, 0, "Copy flag - - 0 next\nCopy next - - 0 later\nLoop flag 0\n", "",
+       walk_outcome::success, ""},
       {1, 0, "Copy flag - - 0 next\nLoop flag 0\n", "", walk_outcome::failure,
        "Error: Loop to 0 would repeat forever in unattended mode\n"},
       {0, 0, "Loop flag 0\n", "", walk_outcome::failure, "Error: Loop to 0 would repeat forever\n"},
-      {0, 0, "Loop flag x\n", "", walk_outcome::failure, "Error: Loop index 'x' is not a question number\n"},
-      {0, 0, "Loop flag 1\n", "", walk_outcome::failure, "Error: Loop index '1' is not a question number\n"},
-      {0, 0, "Text later - - 0 L?\nLoop flag 0\n", "\n", walk_outcome::quit, "L? [true]? L? [true]? "},
+      {0, 0, "Loop flag x\n", "", walk_outcome::failure,
+       "Error: Loop index 'x' is not a question number\n"},
+      {0, 0, "Loop flag 1\n", "", walk_outcome::failure,
+       "Error: Loop index '1' is not a question number\n"},
+      {0, 0, "Text later - - 0 L?\nLoop flag 0\n", "\n", walk_outcome::quit,
+       "L? [true]? L? [true]? "},
       {1, 0, "FileExist m - - 1 M?\n", "", walk_outcome::failure,
        "Error: File '/nonexistent/m' must exist, No such file or directory, please try again\n"},
       {1, 0, "Text q - - 1 Q?\n", "", walk_outcome::failure,

@@ -12,8 +12,8 @@
 #include <sstream>
 #include <string>
 
-#include "foundation/test_scratch.h"
 #include "foundation/console.h"
+#include "foundation/test_scratch.h"
 #include "questions/question_file.h"
 #include "settings/ini_store.h"
 

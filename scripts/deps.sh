@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and the machine lacks (Debian 12):
 # the compilers and CMake, the test tools (GoogleTest, Google Benchmark, bats,
-# groff for the manual page, python3 for the include check, clang's
-# libFuzzer), and what the tests run.
+# groff for the manual page, python3 and clang-format for the source checks,
+# clang's libFuzzer), and what the tests run.
 set -euo pipefail
 need=()
 command -v cmake >/dev/null || need+=(cmake)
@@ -11,6 +11,7 @@ command -v make >/dev/null || need+=(make)
 command -v bats >/dev/null || need+=(bats)
 command -v groff >/dev/null || need+=(groff-base)
 command -v python3 >/dev/null || need+=(python3)
+command -v clang-format >/dev/null || need+=(clang-format)
 [ -f /usr/include/gtest/gtest.h ] || need+=(libgtest-dev)
 [ -f /usr/include/gmock/gmock.h ] || need+=(libgmock-dev)
 [ -f /usr/include/benchmark/benchmark.h ] || need+=(libbenchmark-dev)

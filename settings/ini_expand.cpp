@@ -118,8 +118,7 @@ bool resolve_current(ini_store* store, value_list* values) {
   std::string value(value_list_current(values));
   cycle_finder cycle(value);
   size_t search = 0;
-  for (size_t hit = value.find(kOpen); hit != std::string::npos;
-       hit = value.find(kOpen, search)) {
+  for (size_t hit = value.find(kOpen); hit != std::string::npos; hit = value.find(kOpen, search)) {
     search = hit + 1;
     const std::string name(name_at(value, hit));
     const int target = ini_index_of_nocase(store, name.c_str());
@@ -127,8 +126,8 @@ bool resolve_current(ini_store* store, value_list* values) {
     const char* replacement = replacement_of(store, target);
     const std::string token = reference_to(name);
     std::string changed = replace_all(value, token, replacement != nullptr ? replacement : "");
-    log_debug("Replaced '%s' in '%s' with '%s' = '%s'", token.c_str(), value.c_str(),
-              replacement, changed.c_str());
+    log_debug("Replaced '%s' in '%s' with '%s' = '%s'", token.c_str(), value.c_str(), replacement,
+              changed.c_str());
     value_list_replace_current(values, changed.c_str());
     value = std::move(changed);
     search = 0;

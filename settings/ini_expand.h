@@ -20,8 +20,8 @@ enum class ini_unknown_refs { drop, keep };
 // (drop) or is copied as written (keep). Output is cut at out_size - 1
 // characters. Returns the number of characters written; 0 and out untouched
 // for a null store, text or out, or out_size 0.
-int ini_expand_refs(ini_store* store, const char* text, char* out,
-                    unsigned out_size, ini_unknown_refs policy);
+int ini_expand_refs(ini_store* store, const char* text, char* out, unsigned out_size,
+                    ini_unknown_refs policy);
 
 // ini_expand_refs with the drop policy.
 void ini_expand(ini_store* store, const char* text, char* out, unsigned out_size);

@@ -77,26 +77,23 @@ TEST_F(expand_test, ReplaceablePassResolvesNamesIgnoringCase) {
                                   {nullptr, nullptr, 0}};
   set_up(defs);
   EXPECT_EQ(ini_process_replaceable(store_), 1);
-  const char* expected[][2] = {{"a", "box//$(nowhere)"}, {"twice", "box-box"},
-                               {"chain", "box+!"},       {"later", "box+"}};
+  const char* expected[][2] = {
+      {"a", "box//$(nowhere)"}, {"twice", "box-box"}, {"chain", "box+!"}, {"later", "box+"}};
   for (const auto& row : expected) EXPECT_EQ(value_of(row[0]), row[1]) << row[0];
-  EXPECT_TRUE(logged("Replaced '$(action)' in 'box/$(action)/$(nowhere)' with '(NULL)' = "
-                     "'box//$(nowhere)'"));
+  EXPECT_TRUE(
+      logged("Replaced '$(action)' in 'box/$(action)/$(nowhere)' with '(NULL)' = "
+             "'box//$(nowhere)'"));
   EXPECT_TRUE(logged("Finished processing replacable settings"));
   EXPECT_EQ(ini_process_replaceable(nullptr), 0);
 }
 
 TEST_F(expand_test, ReplaceablePassEndsOnValuesThatNeverSettle) {
-  const ini_setting_def defs[] = {{"same", "$(same)", INI_REPLACEABLE},
-                                  {"swing", "$(tick)", INI_REPLACEABLE},
-                                  {"tick", "$(tock)", INI_REPLACEABLE},
-                                  {"tock", "$(tick)", INI_REPLACEABLE},
-                                  {"open", "at $(fine", INI_REPLACEABLE},
-                                  {"fine", "ok", INI_REPLACEABLE},
-                                  {"self", "x$(self)", INI_REPLACEABLE},
-                                  {"ping", "[$(pong)]", INI_REPLACEABLE},
-                                  {"pong", "$(ping)", INI_REPLACEABLE},
-                                  {nullptr, nullptr, 0}};
+  const ini_setting_def defs[] = {
+      {"same", "$(same)", INI_REPLACEABLE},   {"swing", "$(tick)", INI_REPLACEABLE},
+      {"tick", "$(tock)", INI_REPLACEABLE},   {"tock", "$(tick)", INI_REPLACEABLE},
+      {"open", "at $(fine", INI_REPLACEABLE}, {"fine", "ok", INI_REPLACEABLE},
+      {"self", "x$(self)", INI_REPLACEABLE},  {"ping", "[$(pong)]", INI_REPLACEABLE},
+      {"pong", "$(ping)", INI_REPLACEABLE},   {nullptr, nullptr, 0}};
   set_up(defs);
   EXPECT_EQ(ini_process_replaceable(store_), 1);
   for (const char* name : {"same", "swing", "tick", "tock", "open"}) {

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "settings/ini_store.h"
 #include "foundation/test_scratch.h"
+#include "settings/ini_store.h"
 
 namespace {
 
@@ -69,8 +69,9 @@ TEST_F(ini_file_test, LoadAppendsIniOnlyWhenTheLastComponentHasNoDot) {
 }
 
 TEST_F(ini_file_test, VhostBlocksApplyOnlyToTheirSite) {
-  write_file("sites.ini", "before 1\nvhost alpha\nin_alpha 1\nvhost beta\nin_beta 1\n"
-                          "vend\nafter 1\nvhost Alpha\nin_capital 1\n");
+  write_file("sites.ini",
+             "before 1\nvhost alpha\nin_alpha 1\nvhost beta\nin_beta 1\n"
+             "vend\nafter 1\nvhost Alpha\nin_capital 1\n");
   EXPECT_EQ(ini_load(store_, path("sites").c_str(), nullptr), 1);
   EXPECT_TRUE(logged("No vhost_match specified, will not match any vhost lines"));
   EXPECT_STREQ(ini_get(store_, "after"), "1");
@@ -94,8 +95,7 @@ TEST_F(ini_file_test, SaveWritesEveryValueUnderTheExactName) {
   ini_set(store_, "list", "one");
   ini_set(store_, "list", "two words");
   EXPECT_EQ(ini_save(store_, path("saved").c_str()), 1);
-  EXPECT_EQ(read_file("saved"),
-            "fixed stone\nsite example.org\nlist one\nlist two words\n");
+  EXPECT_EQ(read_file("saved"), "fixed stone\nsite example.org\nlist one\nlist two words\n");
   EXPECT_EQ(ini_load(store_, path("saved").c_str(), nullptr), 0);  // looks for saved.ini
 
   EXPECT_EQ(ini_save(store_, path("no/such/dir").c_str()), 0);

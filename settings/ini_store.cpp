@@ -184,9 +184,7 @@ void ini_clear_options(ini_store* store, unsigned bits) {
   if (store != nullptr) store->options &= ~bits;
 }
 
-unsigned ini_get_options(const ini_store* store) {
-  return store == nullptr ? 0 : store->options;
-}
+unsigned ini_get_options(const ini_store* store) { return store == nullptr ? 0 : store->options; }
 
 void ini_set_load_fn(ini_store* store, ini_load_fn fn, int flag) {
   if (store == nullptr || fn == nullptr) return;

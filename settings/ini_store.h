@@ -87,18 +87,17 @@ struct ini_name_hash {
     return std::hash<std::string_view>{}(name);
   }
 };
-using ini_name_index =
-    std::unordered_map<std::string, int, ini_name_hash, std::equal_to<>>;
+using ini_name_index = std::unordered_map<std::string, int, ini_name_hash, std::equal_to<>>;
 
 struct ini_store {
-  std::vector<ini_setting> settings;       // index order
+  std::vector<ini_setting> settings;        // index order
   std::vector<ini_load_fn_entry> load_fns;  // registration order
   unsigned options = INI_OPT_DEFAULT;
-  int count = 0;                            // settings in use
-  bool set_up = false;                      // ini_setup has run
-  std::vector<ini_value_record> values;     // one per setting, same order
-  ini_name_index by_name;                   // name -> first index
-  ini_name_index by_folded_name;            // A-Z folded name -> first index
+  int count = 0;                         // settings in use
+  bool set_up = false;                   // ini_setup has run
+  std::vector<ini_value_record> values;  // one per setting, same order
+  ini_name_index by_name;                // name -> first index
+  ini_name_index by_folded_name;         // A-Z folded name -> first index
 };
 
 // ---- life cycle -------------------------------------------------------------
@@ -111,8 +110,7 @@ void ini_destroy(ini_store** store);
 // each row's value (if any) becomes the setting's first value. assocs: pairs
 // (setting index, associated index) ended by -1 where a pair would begin, or
 // nullptr. Null store or defs, or a store already set up: nothing.
-void ini_setup(ini_store* store, const ini_setting_def* defs, const int* assocs,
-               int load_defaults);
+void ini_setup(ini_store* store, const ini_setting_def* defs, const int* assocs, int load_defaults);
 void ini_set_options(ini_store* store, unsigned options);
 void ini_add_options(ini_store* store, unsigned bits);
 void ini_clear_options(ini_store* store, unsigned bits);
@@ -183,4 +181,3 @@ char* ini_take_first(ini_store* store, int index);
 char* ini_take_current(ini_store* store, int index);
 char* ini_take_first_by_name(ini_store* store, const char* name);
 char* ini_take_current_by_name(ini_store* store, const char* name);
-

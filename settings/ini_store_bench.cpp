@@ -86,15 +86,17 @@ void BM_Lookup(benchmark::State& state) {
   const bench_store bench(static_cast<int>(state.range(0)));
   lookups(state, bench, bench.spread(kHotNames), 1);
 }
-BENCHMARK(BM_Lookup)->RangeMultiplier(10)->Range(100, 10000)->Iterations(kOperations)
+BENCHMARK(BM_Lookup)
+    ->RangeMultiplier(10)
+    ->Range(100, 10000)
+    ->Iterations(kOperations)
     ->Complexity(benchmark::o1);
 
 void BM_LookupScattered(benchmark::State& state) {
   const bench_store bench(static_cast<int>(state.range(0)));
   lookups(state, bench, bench.names, kStride);
 }
-BENCHMARK(BM_LookupScattered)->RangeMultiplier(10)->Range(100, 10000)
-    ->Iterations(kOperations);
+BENCHMARK(BM_LookupScattered)->RangeMultiplier(10)->Range(100, 10000)->Iterations(kOperations);
 
 void BM_LookupIgnoringCase(benchmark::State& state) {
   const bench_store bench(static_cast<int>(state.range(0)));
@@ -107,22 +109,27 @@ void BM_LookupIgnoringCase(benchmark::State& state) {
   }
   state.SetComplexityN(state.range(0));
 }
-BENCHMARK(BM_LookupIgnoringCase)->RangeMultiplier(10)->Range(100, 10000)
-    ->Iterations(kOperations)->Complexity(benchmark::o1);
+BENCHMARK(BM_LookupIgnoringCase)
+    ->RangeMultiplier(10)
+    ->Range(100, 10000)
+    ->Iterations(kOperations)
+    ->Complexity(benchmark::o1);
 
 void BM_Expand(benchmark::State& state) {
   const bench_store bench(static_cast<int>(state.range(0)));
   expansions(state, bench, bench.spread(kHotNames), 1);
 }
-BENCHMARK(BM_Expand)->RangeMultiplier(10)->Range(100, 10000)->Iterations(kOperations)
+BENCHMARK(BM_Expand)
+    ->RangeMultiplier(10)
+    ->Range(100, 10000)
+    ->Iterations(kOperations)
     ->Complexity(benchmark::o1);
 
 void BM_ExpandScattered(benchmark::State& state) {
   const bench_store bench(static_cast<int>(state.range(0)));
   expansions(state, bench, bench.names, kStride);
 }
-BENCHMARK(BM_ExpandScattered)->RangeMultiplier(10)->Range(100, 10000)
-    ->Iterations(kOperations);
+BENCHMARK(BM_ExpandScattered)->RangeMultiplier(10)->Range(100, 10000)->Iterations(kOperations);
 
 // One replaceable pass over the whole store; the cost per setting stays flat.
 void BM_ReplaceablePass(benchmark::State& state) {

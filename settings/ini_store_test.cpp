@@ -26,7 +26,7 @@ class store_test : public scratch_test {
     return all;
   }
   static constexpr ini_setting_def kDefs[] = {
-      {"single", "one", 0},       {"multi", "first", INI_MULTI},  {"fixed", "stone", INI_FIXED},
+      {"single", "one", 0},        {"multi", "first", INI_MULTI}, {"fixed", "stone", INI_FIXED},
       {"path", nullptr, INI_PATH}, {"secret", "pw", INI_MASKED},  {"single", "shadowed", 0},
       {nullptr, nullptr, 0}};
   ini_store* store_ = ini_create();
@@ -86,8 +86,8 @@ TEST_F(store_test, CreatedSettingsCollectValuesWhileGetKeepsTheFirst) {
   EXPECT_EQ(ini_flags_of(store_, "answer"), INI_MULTI | INI_EMPTY_OK);
   EXPECT_EQ(all_values(ini_index_of(store_, "answer")), "A,B,,");
 
-  ini_set_options(store_, INI_OPT_CREATE | INI_OPT_NEW_LOCKED | INI_OPT_NEW_MASKED |
-                              INI_OPT_MASK_LOG);
+  ini_set_options(store_,
+                  INI_OPT_CREATE | INI_OPT_NEW_LOCKED | INI_OPT_NEW_MASKED | INI_OPT_MASK_LOG);
   EXPECT_EQ(ini_set(store_, "blank", ""), -1);
   EXPECT_EQ(ini_set(store_, "locked", "hunter2"), 1);
   EXPECT_EQ(ini_flags_of(store_, "locked"), INI_FIXED | INI_MASKED);
@@ -172,8 +172,8 @@ TEST_F(store_test, TakeOperationsHandValuesOver) {
   ini_get_next_value(store_, 1);  // cursor on "second"
   const char* expected[] = {"second", "first", "third"};
   for (const char* want : expected) {
-    char* taken = want == expected[1] ? ini_take_first_by_name(store_, "multi")
-                                      : ini_take_current(store_, 1);
+    char* taken =
+        want == expected[1] ? ini_take_first_by_name(store_, "multi") : ini_take_current(store_, 1);
     EXPECT_STREQ(taken, want);
     free(taken);
     ini_get_next_value(store_, 1);  // past the end: take_current wraps to the first
