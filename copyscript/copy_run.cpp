@@ -5,6 +5,7 @@
 
 #include "copyscript/copy_tree.h"
 #include "fileops/file_ops.h"
+#include "fileops/file_trust.h"
 #include "foundation/file_guard.h"
 #include "foundation/handles.h"
 #include "foundation/logger.h"
@@ -47,14 +48,14 @@ bool control_allows(ini_store* store, const copy_line& line) {
 // Writes the template at source to destination, line by line, trimmed and
 // with settings expanded (unknown references kept).
 int write_ini(copy_script* script, const char* source, const char* destination) {
-  unique_file out(file_open(destination, "w"));
+  unique_file out(file_open_named(destination, "w"));
   if (!out) {
-    copy_error("Error creating ini file '%s'", str_or_empty(destination));
+    file_error("Error creating ini file '%s'", str_or_empty(destination));
     return 0;
   }
-  unique_file in(file_open(source, "r"));
+  unique_file in(file_open_named(source, "r"));
   if (!in) {
-    copy_error("Error reading ini file '%s'", str_or_empty(source));
+    file_error("Error reading ini file '%s'", str_or_empty(source));
     return 0;
   }
   log_info("Writing INI file '%s' to '%s'", source, destination);
@@ -68,7 +69,7 @@ int write_ini(copy_script* script, const char* source, const char* destination) 
   if (ferror(in.get())) return 0;
   FILE* written = out.release();
   if (!file_finish(&written)) {
-    copy_error("Error writing ini file '%s'", destination);
+    file_error("Error writing ini file '%s'", destination);
     return 0;
   }
   return 1;
@@ -78,7 +79,7 @@ int rename_path(const char* source, const char* destination) {
   if (file_rename(source, destination)) return 1;
   int err = errno;
   char reason[kLineSize];
-  copy_error("Error renaming '%s'->'%s', %s", str_or_empty(source), str_or_empty(destination),
+  file_error("Error renaming '%s'->'%s', %s", str_or_empty(source), str_or_empty(destination),
              str_error_text(err, reason, kLineSize));
   return 0;
 }
@@ -152,9 +153,9 @@ int run_error(ini_store* store, const copy_line& line) {
 
 int run_write_file(ini_store* store, const copy_line& line) {
   const char* path = text_of(line.source);
-  unique_file out(file_open(path, "w"));
+  unique_file out(file_open_named(path, "w"));
   if (!out) {
-    copy_error("Failed to write (%s)", str_or_empty(path));
+    file_error("Failed to write (%s)", str_or_empty(path));
     return 0;
   }
   const char* name = text_of(line.destination);
@@ -162,7 +163,7 @@ int run_write_file(ini_store* store, const copy_line& line) {
   fputs(str_or_empty(value != nullptr ? value : name), out.get());
   FILE* written = out.release();
   if (!file_finish(&written)) {
-    copy_error("Failed to write (%s)", str_or_empty(path));
+    file_error("Failed to write (%s)", str_or_empty(path));
     return 0;
   }
   return 1;
@@ -172,9 +173,9 @@ int run_write_file(ini_store* store, const copy_line& line) {
 // nothing back; the setting then stays as it was.
 int run_read_file(ini_store* store, const copy_line& line) {
   const char* path = text_of(line.source);
-  unique_file file(file_open(path, "w"));
+  unique_file file(file_open_named(path, "w"));
   if (!file) {
-    copy_error("Failed to read (%s)", str_or_empty(path));
+    file_error("Failed to read (%s)", str_or_empty(path));
     return 0;
   }
   std::string joined;
@@ -202,7 +203,7 @@ int dispatch(copy_script* script, int index, const copy_line& line, unsigned* by
     case k_copy_rfile: return run_read_file(script->store, line);
     default: break;
   }
-  copy_error("How did we get here!");
+  file_error("How did we get here!");
   return 0;
 }
 

@@ -163,15 +163,6 @@ char* dir_part(const char* path, char* buffer, int size) {
 
 }  // namespace
 
-void copy_error(const char* format, ...) {
-  int err = errno;
-  if (format == nullptr) return;
-  va_list args;
-  va_start(args, format);
-  log_error("%s", str_error_line(err, format, args).c_str());
-  va_end(args);
-}
-
 copy_script* copy_script_create(ini_store* store) {
   copy_script* script = new copy_script;
   script->store = store;
@@ -224,7 +215,7 @@ int copy_script_load(copy_script* script, const char* path, const char* section)
   errno = 0;
   unique_file file(file_open(path, "r"));
   if (!file) {
-    copy_error("Error opening '%s'", path);
+    file_error("Error opening '%s'", path);
     return 0;
   }
   return section_file_read(file.get(), section,

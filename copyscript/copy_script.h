@@ -106,7 +106,3 @@ char* copy_source_pattern(const copy_script* script, int index, char* buffer, in
 // Destination pattern: after the last separator; null when the path ends
 // with one or has none (so no destination directory can be found).
 char* copy_destination_pattern(const copy_script* script, int index, char* buffer, int size);
-
-// Logs the formatted message (999 characters at most) at error level, with
-// ", " and the system's reason appended when errno is set.
-void copy_error(const char* format, ...) __attribute__((format(printf, 1, 2)));

@@ -155,7 +155,7 @@ int change_listing(const tree_change& change, file_listing* listing, const char*
         file_report(false, path, nullptr, 1);
         return true;
       }
-      copy_error("file_%s failed", change.op);
+      file_error("file_%s failed", change.op);
       return false;
     }
     ++count;
@@ -200,7 +200,7 @@ int copy_tree_copy(const copy_script* script, int index, int whole_trees, unsign
   unique_fd parent;
   std::vector<entry_ptr> destinations = destination_dirs(script, index, &parent);
   if (destinations.empty()) {
-    copy_error("No destination directories found");
+    file_error("No destination directories found");
     return 0;
   }
   copy_source_parts source{};

@@ -93,7 +93,7 @@ void run_time_date(ini_store* store, const init_command& command) {
 void run_write_file(ini_store* store, const init_command& command) {
   std::string path = expanded_path(store, command.name);
   errno = 0;
-  unique_file out(file_parent_trusted(path.c_str()) ? file_open(path.c_str(), "w") : nullptr);
+  unique_file out(file_open_named(path.c_str(), "w"));
   if (!out) {
     log_error("Failed to write (%s), %s", path.c_str(), system_reason().c_str());
     return;
@@ -109,7 +109,7 @@ void run_write_file(ini_store* store, const init_command& command) {
 void run_read_file(ini_store* store, const init_command& command) {
   std::string path = expanded_path(store, command.name);
   errno = 0;
-  unique_file in(file_parent_trusted(path.c_str()) ? file_open(path.c_str(), "r") : nullptr);
+  unique_file in(file_open_named(path.c_str(), "r"));
   if (!in) {
     log_error("Failed to read (%s), %s", path.c_str(), system_reason().c_str());
     return;

@@ -198,6 +198,25 @@ unique_fd file_open_parent(const char* path, std::string* name) {
   return walk.walk(kStepFlags);
 }
 
+FILE* file_open_named(const char* path, const char* mode) {
+  if (path == nullptr || mode == nullptr) return nullptr;
+  int flags = file_open_flags(mode);
+  if ((flags & O_ACCMODE) == O_RDONLY) {
+    unique_fd fd = file_open_path(path, flags & ~O_NOFOLLOW);
+    if (!fd) file_explain_open_failure(path);
+    return fd ? file_stream_on(fd.release(), path, mode, -1) : nullptr;
+  }
+  std::string name;
+  unique_fd dir = file_open_parent(path, &name);
+  if (!dir) return nullptr;
+  unique_fd fd(openat(dir.get(), name.c_str(), flags, 0666));
+  if (!fd) {
+    file_explain_open_failure(path);
+    return nullptr;
+  }
+  return file_stream_on(fd.release(), path, mode, dir.get());
+}
+
 int file_path_trusted(const char* path) {
   if (path == nullptr) return 0;
   bool refused = false;
@@ -205,15 +224,6 @@ int file_path_trusted(const char* path) {
   if (!refused) return 1;
   errno = ELOOP;
   return 0;
-}
-
-int file_parent_trusted(const char* path) {
-  if (path == nullptr) return 0;
-  std::string text(path);
-  while (text.size() > 1 && is_separator(text.back(), true)) text.pop_back();
-  size_t last = text.find_last_of("/\\");
-  if (last == std::string::npos) return 1;
-  return file_path_trusted(text.substr(0, last == 0 ? 1 : last).c_str());
 }
 
 int file_is_link(const char* path) {

@@ -20,6 +20,7 @@
 
 #include <sys/stat.h>
 
+#include <cstdio>
 #include <string>
 
 #include "foundation/file_guard.h"
@@ -50,13 +51,18 @@ unique_fd file_open_beside(int dir_fd, const char* name, const char* shown, int 
 // descriptor without following it.
 unique_fd file_open_parent(const char* path, std::string* name);
 
+// foundation/file_guard's file_open for a file that a copy line or an init
+// command names: its directories walked as above, so no link another account
+// controls is followed and nothing swapped in behind the walk redirects it;
+// the file itself opened relative to the directory held (for reading, a
+// trusted link at its name is followed the same way) and checked as
+// file_open checks it. Null with errno set on failure.
+FILE* file_open_named(const char* path, const char* mode);
+
 // 1 when walking path meets no untrusted link; components that do not exist
 // or are no directories end the walk there. Otherwise 0, logged as for
 // file_open_path, errno ELOOP. 0 for a null path.
 int file_path_trusted(const char* path);
-// The same for the directories above path's last component; 1 when path
-// has no directory part.
-int file_parent_trusted(const char* path);
 
 // 1 when path itself is a symbolic link (its own status, not followed),
 // else 0 (also for a null path or one that does not exist).

@@ -52,18 +52,17 @@ bool follow_trusted_links(std::string& path) {
   return false;
 }
 
-// A file that cannot be opened without blocking (a FIFO with no reader, a
-// socket) says ENXIO; say instead that it is no regular file.
-void explain_open_failure(const std::string& path) {
-  struct stat status {};
-  if (errno == ENXIO && lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-    refuse(EINVAL, "Not opening '%s', it is not a regular file", path.c_str());
-  }
+// Whether another account can change the directory of the file: the one
+// dir_fd holds, or, for -1, the one path names.
+bool dir_shared(int dir_fd, const char* path) {
+  if (dir_fd < 0) return parent_shared(path);
+  struct stat dir {};
+  return fstat(dir_fd, &dir) != 0 || !file_dir_private(dir);
 }
 
 // Checks what fd opened: a regular file, and for writing one with no second
-// name in a directory that another account can write.
-bool opened_file_allowed(int fd, const std::string& path, bool writing) {
+// name in a directory that another account can change.
+bool opened_file_allowed(int fd, const char* path, bool writing, int dir_fd) {
   struct stat status {};
   if (fstat(fd, &status) != 0) return false;
   if (S_ISDIR(status.st_mode)) {
@@ -71,48 +70,19 @@ bool opened_file_allowed(int fd, const std::string& path, bool writing) {
     return false;
   }
   if (!S_ISREG(status.st_mode)) {
-    refuse(EINVAL, "Not opening '%s', it is not a regular file", path.c_str());
+    refuse(EINVAL, "Not opening '%s', it is not a regular file", path);
     return false;
   }
-  if (writing && status.st_nlink > 1 && parent_shared(path)) {
+  if (writing && status.st_nlink > 1 && dir_shared(dir_fd, path)) {
     refuse(EMLINK,
            "Not writing '%s': it has other names and other accounts can change its directory",
-           path.c_str());
+           path);
     return false;
   }
   return true;
 }
 
-int open_flags(const char* mode, bool writing) {
-  int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  if (!writing) return flags | O_RDONLY;
-  flags |= std::strchr(mode, '+') != nullptr ? O_RDWR : O_WRONLY;
-  if (mode[0] != 'r') flags |= O_CREAT;
-  if (mode[0] == 'a') flags |= O_APPEND;
-  return flags;
-}
-
-// Opens path with the guards of the header; -1 with errno set on refusal.
-int open_guarded(const char* path, const char* mode) {
-  bool writing = mode[0] != 'r' || std::strchr(mode, '+') != nullptr;
-  std::string name = path;
-  if (!writing && !follow_trusted_links(name)) return -1;
-  int fd = open(name.c_str(), open_flags(mode, writing), 0666);
-  if (fd < 0) {
-    explain_open_failure(name);
-    return -1;
-  }
-  bool allowed = opened_file_allowed(fd, name, writing);
-  if (allowed && mode[0] == 'w' && ftruncate(fd, 0) != 0) allowed = false;
-  if (!allowed) {
-    int err = errno;
-    close(fd);
-    errno = err;
-    return -1;
-  }
-  fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
-  return fd;
-}
+bool is_writing(const char* mode) { return mode[0] != 'r' || std::strchr(mode, '+') != nullptr; }
 
 }  // namespace
 
@@ -134,17 +104,49 @@ const char* file_shared_reason(const char* path) {
   return (status.st_mode & S_IWOTH) != 0 ? "every account may write to it" : nullptr;
 }
 
-FILE* file_open(const char* path, const char* mode) {
-  if (path == nullptr || mode == nullptr) return nullptr;
-  int fd = open_guarded(path, mode);
-  if (fd < 0) return nullptr;
-  FILE* stream = fdopen(fd, mode);
+int file_open_flags(const char* mode) {
+  int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  if (mode == nullptr || !is_writing(mode)) return flags | O_RDONLY;
+  flags |= std::strchr(mode, '+') != nullptr ? O_RDWR : O_WRONLY;
+  if (mode[0] != 'r') flags |= O_CREAT;
+  if (mode[0] == 'a') flags |= O_APPEND;
+  return flags;
+}
+
+void file_explain_open_failure(const char* path) {
+  struct stat status {};
+  if (errno == ENXIO && path != nullptr && lstat(path, &status) == 0 && !S_ISREG(status.st_mode)) {
+    refuse(EINVAL, "Not opening '%s', it is not a regular file", path);
+  }
+}
+
+FILE* file_stream_on(int fd, const char* path, const char* mode, int dir_fd) {
+  if (fd < 0 || path == nullptr || mode == nullptr) return nullptr;
+  bool allowed = opened_file_allowed(fd, path, is_writing(mode), dir_fd);
+  if (allowed && mode[0] == 'w' && ftruncate(fd, 0) != 0) allowed = false;
+  FILE* stream = nullptr;
+  if (allowed) {
+    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+    stream = fdopen(fd, mode);
+  }
   if (stream == nullptr) {
     int err = errno;
     close(fd);
     errno = err;
   }
   return stream;
+}
+
+FILE* file_open(const char* path, const char* mode) {
+  if (path == nullptr || mode == nullptr) return nullptr;
+  std::string name = path;
+  if (!is_writing(mode) && !follow_trusted_links(name)) return nullptr;
+  int fd = open(name.c_str(), file_open_flags(mode), 0666);
+  if (fd < 0) {
+    file_explain_open_failure(name.c_str());
+    return nullptr;
+  }
+  return file_stream_on(fd, name.c_str(), mode, -1);
 }
 
 void file_close(FILE** stream) {

@@ -45,6 +45,20 @@ const char* file_shared_reason(const char* path);
 // caller's handle.
 FILE* file_open(const char* path, const char* mode);
 void file_close(FILE** stream);
+
+// The parts of file_open, for callers that reach the file relative to a
+// directory they hold (fileops' file_open_named). The open(2) flags for
+// mode: O_NOFOLLOW, O_NONBLOCK and O_CLOEXEC included, O_TRUNC never.
+int file_open_flags(const char* mode);
+// After an open with those flags failed: a FIFO or socket at path says
+// ENXIO; this logs that it is no regular file and leaves errno at EINVAL.
+void file_explain_open_failure(const char* path);
+// Takes fd, opened with file_open_flags(mode), through file_open's checks
+// (a regular file; for writing, no second name when another account can
+// change its directory: the one dir_fd holds, or path's for -1), truncates
+// for "w" and returns a stream on it. Null with errno set, fd closed,
+// otherwise. path names the file in messages.
+FILE* file_stream_on(int fd, const char* path, const char* mode, int dir_fd);
 // Closes a stream that was written to and clears the caller's handle: 1 when
 // everything written reached the file, 0 when a write, the last flush or the
 // close failed (a full disk may show only there; errno tells why). 0 for null.
