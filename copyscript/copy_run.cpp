@@ -85,13 +85,13 @@ int rename_path(const char* source, const char* destination) {
 }
 
 // MkDir, Ini and Rename fall back to a plain copy when they fail.
-int run_copy_group(copy_script* script, int index, const copy_line& line, unsigned* bytes) {
+int run_copy_group(copy_script* script, const copy_line& line, unsigned* bytes) {
   const char* source = text_of(line.source);
   const char* destination = text_of(line.destination);
   if (line.type == k_copy_mkdir && file_mkdir(source, 1)) return 1;
   if (line.type == k_copy_ini && write_ini(script, source, destination)) return 1;
   if (line.type == k_copy_rename && rename_path(source, destination)) return 1;
-  return copy_tree_copy(script, index, line.type == k_copy_dir, bytes);
+  return copy_tree_copy(line, line.type == k_copy_dir, bytes);
 }
 
 int run_exist(ini_store* store, const copy_line& line) {
@@ -100,7 +100,7 @@ int run_exist(ini_store* store, const copy_line& line) {
   return 1;
 }
 
-int run_chown(copy_script* script, int index, const copy_line& line) {
+int run_chown(copy_script* script, const copy_line& line) {
   char owner[k_owner_size];
   str_copy(owner, text_of(line.destination), k_owner_size);
   ini_expand(script->store, text_of(line.destination), owner, k_owner_size);
@@ -115,13 +115,10 @@ int run_chown(copy_script* script, int index, const copy_line& line) {
   log_debug("Found user id for '%s'=%d", user.c_str(), uid);
   int gid = file_group_id(group.c_str());
   log_debug("Found group id for '%s'=%d", group.c_str(), gid);
-  char dir[kPathSize];
-  char pattern[kPathSize];
-  if (copy_source_dir(script, index, dir, kPathSize) == nullptr ||
-      copy_source_pattern(script, index, pattern, kPathSize) == nullptr) {
-    return 0;
-  }
-  return copy_tree_chown(dir, pattern, text_of(line.not_list), uid, gid);
+  if (!line.source) return 0;
+  return copy_tree_chown(copy_path_dir(*line.source).c_str(),
+                         copy_path_source_pattern(*line.source).c_str(), text_of(line.not_list),
+                         uid, gid);
 }
 
 // Octal digits, read without any check of the characters.
@@ -133,15 +130,12 @@ int parse_mode(const char* text) {
   return static_cast<int>(mode & k_mode_mask);
 }
 
-int run_chmod(copy_script* script, int index, const copy_line& line) {
+int run_chmod(const copy_line& line) {
   int mode = parse_mode(text_of(line.destination));
-  char dir[kPathSize];
-  char pattern[kPathSize];
-  if (copy_source_dir(script, index, dir, kPathSize) == nullptr ||
-      copy_source_pattern(script, index, pattern, kPathSize) == nullptr) {
-    return 0;
-  }
-  return copy_tree_chmod(dir, pattern, text_of(line.not_list), mode);
+  if (!line.source) return 0;
+  return copy_tree_chmod(copy_path_dir(*line.source).c_str(),
+                         copy_path_source_pattern(*line.source).c_str(), text_of(line.not_list),
+                         mode);
 }
 
 int run_error(ini_store* store, const copy_line& line) {
@@ -189,15 +183,13 @@ int run_read_file(ini_store* store, const copy_line& line) {
   return 1;
 }
 
-int dispatch(copy_script* script, int index, const copy_line& line, unsigned* bytes) {
-  if (line.type & k_copy_group) return run_copy_group(script, index, line, bytes);
-  if (line.type & k_remove_group) {
-    return copy_tree_remove(script, index, line.type == k_copy_rm_dir);
-  }
+int dispatch(copy_script* script, const copy_line& line, unsigned* bytes) {
+  if (line.type & k_copy_group) return run_copy_group(script, line, bytes);
+  if (line.type & k_remove_group) return copy_tree_remove(line, line.type == k_copy_rm_dir);
   switch (line.type) {
     case k_copy_exist: return run_exist(script->store, line);
-    case k_copy_chown: return run_chown(script, index, line);
-    case k_copy_chmod: return run_chmod(script, index, line);
+    case k_copy_chown: return run_chown(script, line);
+    case k_copy_chmod: return run_chmod(line);
     case k_copy_error: return run_error(script->store, line);
     case k_copy_wfile: return run_write_file(script->store, line);
     case k_copy_rfile: return run_read_file(script->store, line);
@@ -210,15 +202,15 @@ int dispatch(copy_script* script, int index, const copy_line& line, unsigned* by
 }  // namespace
 
 int copy_line_run(copy_script* script, int index, unsigned* bytes_out) {
-  if (script == nullptr || index < 0 || index >= copy_count(script)) return 0;
-  const copy_line& line = script->lines[static_cast<size_t>(index)];
-  if (!control_allows(script->store, line)) {
+  const copy_line* line = copy_line_at(script, index);
+  if (line == nullptr) return 0;
+  if (!control_allows(script->store, *line)) {
     log_debug("Doing nothing due to controlling setting");
     return -1;
   }
-  if (!copy_tree_paths_trusted(script, index)) return 0;
+  if (!copy_tree_paths_trusted(*line)) return 0;
   errno = 0;
-  return dispatch(script, index, line, bytes_out);
+  return dispatch(script, *line, bytes_out);
 }
 
 int copy_script_run(copy_script* script, int* files_out, unsigned* bytes_out, int stop_on_fail) {

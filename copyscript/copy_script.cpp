@@ -124,41 +124,35 @@ void expand_field(copy_script* script, std::optional<std::string>& field) {
   str_free(&expanded);
 }
 
-const copy_line* line_at(const copy_script* script, int index) {
-  if (script == nullptr || index < 0 || static_cast<size_t>(index) >= script->lines.size()) {
-    return nullptr;
-  }
-  return &script->lines[static_cast<size_t>(index)];
-}
-
 const char* text_of(const std::optional<std::string>& field) {
   return field ? field->c_str() : nullptr;
 }
 
 const char* source_path(const copy_script* script, int index) {
-  const copy_line* line = line_at(script, index);
+  const copy_line* line = copy_line_at(script, index);
   return line != nullptr ? text_of(line->source) : nullptr;
 }
 
 const char* destination_path(const copy_script* script, int index) {
-  const copy_line* line = line_at(script, index);
+  const copy_line* line = copy_line_at(script, index);
   return line != nullptr ? text_of(line->destination) : nullptr;
 }
 
 // Position of the last "/" or "\", npos when there is none.
 size_t last_separator(std::string_view path) { return path.find_last_of("/\\"); }
 
-char* copy_out(std::string_view text, char* buffer, int size) {
-  str_copy(buffer, std::string(text).c_str(), size);
+// A part into buffer, or null when there is none or nowhere to put it.
+char* copy_out(const std::optional<std::string>& part, char* buffer, int size) {
+  if (!part || buffer == nullptr || size < 1) return nullptr;
+  str_copy(buffer, part->c_str(), size);
   return buffer;
 }
 
-char* dir_part(const char* path, char* buffer, int size) {
-  if (path == nullptr || buffer == nullptr || size < 1) return nullptr;
-  std::string_view view(path);
-  size_t sep = last_separator(view);
-  if (sep == std::string_view::npos) return str_getcwd(buffer, size);
-  return copy_out(view.substr(0, sep + 1), buffer, size);
+// The part that split gives of path, none for a null path.
+template <typename Split>
+std::optional<std::string> part_of(const char* path, Split split) {
+  if (path == nullptr) return std::nullopt;
+  return split(path);
 }
 
 }  // namespace
@@ -230,12 +224,39 @@ char* copy_expand(copy_script* script, const char* text) {
   return str_dup(out.c_str());
 }
 
+const copy_line* copy_line_at(const copy_script* script, int index) {
+  if (script == nullptr || index < 0 || static_cast<size_t>(index) >= script->lines.size()) {
+    return nullptr;
+  }
+  return &script->lines[static_cast<size_t>(index)];
+}
+
+std::string copy_path_dir(std::string_view path) {
+  size_t sep = last_separator(path);
+  if (sep != std::string_view::npos) return std::string(path.substr(0, sep + 1));
+  char cwd[kPathSize];
+  return str_getcwd(cwd, kPathSize) != nullptr ? cwd : "";
+}
+
+std::string copy_path_source_pattern(std::string_view path) {
+  size_t sep = last_separator(path);
+  if (sep == std::string_view::npos) return std::string(path);
+  if (sep + 1 == path.size()) return "*";
+  return std::string(path.substr(sep + 1));
+}
+
+std::optional<std::string> copy_path_destination_pattern(std::string_view path) {
+  size_t sep = last_separator(path);
+  if (sep == std::string_view::npos || sep + 1 == path.size()) return std::nullopt;
+  return std::string(path.substr(sep + 1));
+}
+
 int copy_count(const copy_script* script) {
   return script != nullptr ? static_cast<int>(script->lines.size()) : 0;
 }
 
 uint32_t copy_type(const copy_script* script, int index) {
-  const copy_line* line = line_at(script, index);
+  const copy_line* line = copy_line_at(script, index);
   return line != nullptr ? line->type : 0;
 }
 
@@ -246,43 +267,33 @@ const char* copy_destination(const copy_script* script, int index) {
 }
 
 const char* copy_not(const copy_script* script, int index) {
-  const copy_line* line = line_at(script, index);
+  const copy_line* line = copy_line_at(script, index);
   return line != nullptr ? text_of(line->not_list) : nullptr;
 }
 
 const char* copy_control(const copy_script* script, int index) {
-  const copy_line* line = line_at(script, index);
+  const copy_line* line = copy_line_at(script, index);
   return line != nullptr ? text_of(line->control) : nullptr;
 }
 
 const char* copy_control_cmp(const copy_script* script, int index) {
-  const copy_line* line = line_at(script, index);
+  const copy_line* line = copy_line_at(script, index);
   return line != nullptr ? text_of(line->control_cmp) : nullptr;
 }
 
 char* copy_source_dir(const copy_script* script, int index, char* buffer, int size) {
-  return dir_part(source_path(script, index), buffer, size);
+  return copy_out(part_of(source_path(script, index), copy_path_dir), buffer, size);
 }
 
 char* copy_destination_dir(const copy_script* script, int index, char* buffer, int size) {
-  return dir_part(destination_path(script, index), buffer, size);
+  return copy_out(part_of(destination_path(script, index), copy_path_dir), buffer, size);
 }
 
 char* copy_source_pattern(const copy_script* script, int index, char* buffer, int size) {
-  const char* path = source_path(script, index);
-  if (path == nullptr || buffer == nullptr || size < 1) return nullptr;
-  std::string_view view(path);
-  size_t sep = last_separator(view);
-  if (sep == std::string_view::npos) return copy_out(view, buffer, size);
-  if (sep + 1 == view.size()) return copy_out("*", buffer, size);
-  return copy_out(view.substr(sep + 1), buffer, size);
+  return copy_out(part_of(source_path(script, index), copy_path_source_pattern), buffer, size);
 }
 
 char* copy_destination_pattern(const copy_script* script, int index, char* buffer, int size) {
-  const char* path = destination_path(script, index);
-  if (path == nullptr || buffer == nullptr || size < 1) return nullptr;
-  std::string_view view(path);
-  size_t sep = last_separator(view);
-  if (sep == std::string_view::npos || sep + 1 == view.size()) return nullptr;
-  return copy_out(view.substr(sep + 1), buffer, size);
+  return copy_out(part_of(destination_path(script, index), copy_path_destination_pattern), buffer,
+                  size);
 }

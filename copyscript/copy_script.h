@@ -19,6 +19,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "fileops/file_ops.h"
@@ -83,6 +84,21 @@ int copy_script_parse_line(copy_script* script, const char* text);
 // null. The result keeps at most 9,999 characters.
 char* copy_expand(copy_script* script, const char* text);
 
+// The line at index, or null for a null script or an index out of range; it
+// stays the script's until the script is freed.
+const copy_line* copy_line_at(const copy_script* script, int index);
+
+// The parts of a path field that the runner and the walks work with.
+// Directory part: up to and including the last "/" or "\"; the current
+// working directory when there is none.
+std::string copy_path_dir(std::string_view path);
+// Source pattern: after the last separator; "*" when the path ends with one;
+// the whole path when it has none.
+std::string copy_path_source_pattern(std::string_view path);
+// Destination pattern: after the last separator; none when the path ends
+// with one or has none (so no destination directory can be found).
+std::optional<std::string> copy_path_destination_pattern(std::string_view path);
+
 // Accessors by line index; null or 0 for a null script or an index out of
 // range. Texts stay the script's until it is freed.
 int copy_count(const copy_script* script);
@@ -93,16 +109,11 @@ const char* copy_not(const copy_script* script, int index);
 const char* copy_control(const copy_script* script, int index);
 const char* copy_control_cmp(const copy_script* script, int index);
 
-// Path splitters into buffer (at most size-1 characters); each returns
-// buffer, or null for a null argument, an index out of range or a line
-// without that path.
-// Directory part: up to and including the last "/" or "\"; the current
-// working directory when there is none.
+// The path splitters above by line index, into buffer (at most size-1
+// characters); each returns buffer, or null for a null argument, an index
+// out of range or a line without that path (or, for the destination pattern,
+// without a pattern).
 char* copy_source_dir(const copy_script* script, int index, char* buffer, int size);
 char* copy_destination_dir(const copy_script* script, int index, char* buffer, int size);
-// Source pattern: after the last separator; "*" when the path ends with one;
-// the whole path when it has none.
 char* copy_source_pattern(const copy_script* script, int index, char* buffer, int size);
-// Destination pattern: after the last separator; null when the path ends
-// with one or has none (so no destination directory can be found).
 char* copy_destination_pattern(const copy_script* script, int index, char* buffer, int size);

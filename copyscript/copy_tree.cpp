@@ -41,18 +41,30 @@ bool excluded(const char* name, const char* not_list) {
 
 using entry_ptr = std::unique_ptr<file_entry>;
 
+// A path field's directory and pattern, and the line's exclusions.
+struct copy_source_parts {
+  std::string dir;
+  std::string pattern;
+  const char* not_list;
+  bool whole_trees;
+};
+
+copy_source_parts source_parts(const copy_line& line, bool whole_trees) {
+  const std::string& path = *line.source;
+  return {copy_path_dir(path), copy_path_source_pattern(path),
+          line.not_list ? line.not_list->c_str() : nullptr, whole_trees};
+}
+
 // The existing directories matching the destination's pattern part, in
 // listing order, each held as listed in the directory *parent holds open.
-std::vector<entry_ptr> destination_dirs(const copy_script* script, int index, unique_fd* parent) {
+std::vector<entry_ptr> destination_dirs(const copy_line& line, unique_fd* parent) {
   std::vector<entry_ptr> dirs;
-  char dir[kPathSize];
-  char pattern[kPathSize];
-  if (copy_destination_pattern(script, index, pattern, kPathSize) == nullptr ||
-      copy_destination_dir(script, index, dir, kPathSize) == nullptr) {
-    return dirs;
-  }
-  const char* not_list = copy_not(script, index);
-  file_listing* listing = open_listing(dir, pattern);
+  std::optional<std::string> pattern =
+      line.destination ? copy_path_destination_pattern(*line.destination) : std::nullopt;
+  if (!pattern) return dirs;
+  std::string dir = copy_path_dir(*line.destination);
+  const char* not_list = line.not_list ? line.not_list->c_str() : nullptr;
+  file_listing* listing = open_listing(dir.c_str(), pattern->c_str());
   if (listing != nullptr) parent->reset(fcntl(file_listing_fd(listing), F_DUPFD_CLOEXEC, 0));
   visit_listing(listing, [&](const file_entry& entry) {
     if (file_entry_is_dir(&entry) && !excluded(file_entry_name(&entry), not_list)) {
@@ -63,13 +75,6 @@ std::vector<entry_ptr> destination_dirs(const copy_script* script, int index, un
   });
   return dirs;
 }
-
-struct copy_source_parts {
-  char dir[kPathSize];
-  char pattern[kPathSize];
-  const char* not_list;
-  bool whole_trees;
-};
 
 // The full path of name in dir for the messages, or a failed step (logged,
 // never cut, so two names can never land on one).
@@ -86,7 +91,7 @@ int copy_into(const copy_source_parts& source, const file_entry& destination, un
   unique_fd into = file_entry_open_dir(&destination);
   if (!into) return 0;
   int count = 0;
-  file_listing* listing = open_listing(source.dir, source.pattern);
+  file_listing* listing = open_listing(source.dir.c_str(), source.pattern.c_str());
   bool found = visit_listing(listing, [&](const file_entry& entry) {
     const char* name = file_entry_name(&entry);
     char target[kPathSize];
@@ -103,7 +108,8 @@ int copy_into(const copy_source_parts& source, const file_entry& destination, un
     return true;
   });
   if (!found) {
-    log_info("No files found to copy in '%s' matching '%s'", source.dir, source.pattern);
+    log_info("No files found to copy in '%s' matching '%s'", source.dir.c_str(),
+             source.pattern.c_str());
   }
   return count;
 }
@@ -173,66 +179,53 @@ bool destination_is_path(uint32_t type) {
   return type == k_copy_file || type == k_copy_dir || type == k_copy_ini || type == k_copy_rename;
 }
 
-bool dir_trusted(const char* dir) {
-  if (dir == nullptr || file_path_trusted(dir)) return true;
+// Whether the directory part of a path field may be worked in.
+bool dir_trusted(const std::optional<std::string>& path) {
+  if (!path) return true;
+  std::string dir = copy_path_dir(*path);
+  if (file_path_trusted(dir.c_str())) return true;
   file_callback_pair callbacks;
   file_get_callbacks(&callbacks);
-  if (callbacks.failed != nullptr) callbacks.failed(dir, nullptr, 1);
+  if (callbacks.failed != nullptr) callbacks.failed(dir.c_str(), nullptr, 1);
   return false;
 }
 
 }  // namespace
 
-int copy_tree_paths_trusted(const copy_script* script, int index) {
-  uint32_t type = copy_type(script, index);
-  char dir[kPathSize];
-  if (source_is_path(type) && !dir_trusted(copy_source_dir(script, index, dir, kPathSize))) {
-    return 0;
-  }
-  if (destination_is_path(type) &&
-      !dir_trusted(copy_destination_dir(script, index, dir, kPathSize))) {
-    return 0;
-  }
+int copy_tree_paths_trusted(const copy_line& line) {
+  if (source_is_path(line.type) && !dir_trusted(line.source)) return 0;
+  if (destination_is_path(line.type) && !dir_trusted(line.destination)) return 0;
   return 1;
 }
 
-int copy_tree_copy(const copy_script* script, int index, int whole_trees, unsigned* bytes) {
+int copy_tree_copy(const copy_line& line, int whole_trees, unsigned* bytes) {
   unique_fd parent;
-  std::vector<entry_ptr> destinations = destination_dirs(script, index, &parent);
+  std::vector<entry_ptr> destinations = destination_dirs(line, &parent);
   if (destinations.empty()) {
     file_error("No destination directories found");
     return 0;
   }
-  copy_source_parts source{};
-  if (copy_source_dir(script, index, source.dir, kPathSize) == nullptr ||
-      copy_source_pattern(script, index, source.pattern, kPathSize) == nullptr) {
-    return 0;
-  }
-  source.not_list = copy_not(script, index);
-  source.whole_trees = whole_trees != 0;
+  if (!line.source) return 0;
+  copy_source_parts source = source_parts(line, whole_trees != 0);
   int count = 0;
   for (const entry_ptr& destination : destinations) count += copy_into(source, *destination, bytes);
   return count;
 }
 
-int copy_tree_remove(const copy_script* script, int index, int with_dirs) {
-  char dir[kPathSize];
-  char pattern[kPathSize];
-  if (copy_source_dir(script, index, dir, kPathSize) == nullptr ||
-      copy_source_pattern(script, index, pattern, kPathSize) == nullptr) {
-    return 0;
-  }
-  const char* not_list = copy_not(script, index);
+int copy_tree_remove(const copy_line& line, int with_dirs) {
+  if (!line.source) return 0;
+  copy_source_parts source = source_parts(line, with_dirs != 0);
   int count = 0;
-  visit_listing(open_listing(dir, pattern), [&](const file_entry& entry) {
-    if (excluded(file_entry_name(&entry), not_list)) return true;
-    if (!file_entry_is_dir(&entry)) {
-      count += file_entry_remove(&entry);
-    } else if (with_dirs) {
-      count += file_remove_tree_at(&entry, nullptr);
-    }
-    return true;
-  });
+  visit_listing(open_listing(source.dir.c_str(), source.pattern.c_str()),
+                [&](const file_entry& entry) {
+                  if (excluded(file_entry_name(&entry), source.not_list)) return true;
+                  if (!file_entry_is_dir(&entry)) {
+                    count += file_entry_remove(&entry);
+                  } else if (source.whole_trees) {
+                    count += file_remove_tree_at(&entry, nullptr);
+                  }
+                  return true;
+                });
   return count;
 }
 

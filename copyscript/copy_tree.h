@@ -15,19 +15,19 @@
 // directories the walks here follow no link: a listed link is removed
 // itself, re-owned itself, left alone by a mode change, and never a
 // destination directory.
-int copy_tree_paths_trusted(const copy_script* script, int index);
+int copy_tree_paths_trusted(const copy_line& line);
 
 // Copies the entries matching the line's source into every existing
 // directory matching its destination (whole trees for directory entries when
 // whole_trees is set, else directory entries are skipped). Returns the files
 // copied, 0 when nothing was ("No destination directories found" logged when
 // no destination matched).
-int copy_tree_copy(const copy_script* script, int index, int whole_trees, unsigned* bytes);
+int copy_tree_copy(const copy_line& line, int whole_trees, unsigned* bytes);
 
 // Removes the entries matching the line's source whose names match no
 // pattern of its `not`; directories (with everything below them) only when
 // with_dirs is set. Returns the entries removed.
-int copy_tree_remove(const copy_script* script, int index, int with_dirs);
+int copy_tree_remove(const copy_line& line, int with_dirs);
 
 // Changes the owner (resp. mode) of every entry of dir matching pattern and,
 // below directories, of every entry, skipping those whose full path matches
