@@ -1,6 +1,7 @@
 # libFuzzer targets: fuzz/<name>_fuzz.cpp -> <name>_fuzz, linked with every
 # module's objects. Under BUILD_TESTING each is also a test, fuzz.<name>, that
-# replays the seed corpus in fuzz/corpus/<name>/ and then runs a fixed number
+# replays the seeds (fuzz/seeds.sh: fuzz/corpus/<name>/ and the test data and
+# example files that suit the target) and then runs a fixed number
 # of mutated inputs from a fixed seed, so a regression shows in the ordinary
 # test run.
 if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
@@ -20,6 +21,6 @@ foreach(fuzz_source IN LISTS fuzz_sources)
   if(BUILD_TESTING)
     add_test(NAME fuzz.${fuzz_name}
              COMMAND ${PROJECT_SOURCE_DIR}/fuzz/replay.sh $<TARGET_FILE:${fuzz_target}>
-                     ${PROJECT_SOURCE_DIR}/fuzz/corpus/${fuzz_name} ${INSTALL_FUZZ_RUNS})
+                     ${fuzz_name} ${INSTALL_FUZZ_RUNS})
   endif()
 endforeach()

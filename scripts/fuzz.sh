@@ -3,7 +3,8 @@
 # Builds the fuzz targets (clang, libFuzzer, AddressSanitizer and
 # UndefinedBehaviorSanitizer) and runs each named target, or every one, for
 # SECONDS (default 600), as many at a time as there are processors. Each
-# target grows its own copy of the seed corpus under scratch/fuzz/<target>/;
+# target grows its own copy of its seeds (fuzz/seeds.sh) under
+# scratch/fuzz/<target>/;
 # crashes, hangs, leaks and sanitizer reports land in scratch/fuzz/findings/
 # and make the command fail. A summary line per target says what ran.
 set -euo pipefail
@@ -26,8 +27,7 @@ mkdir -p scratch/fuzz/findings
 
 run_one() {
   local name=$1 seconds=$2 corpus=scratch/fuzz/$1
-  mkdir -p "$corpus"
-  cp -n fuzz/corpus/"$name"/* "$corpus"/ 2>/dev/null || true
+  fuzz/seeds.sh "$name" "$corpus"
   build-fuzz/"$name"_fuzz -max_total_time="$seconds" -max_len=4096 -timeout=10 \
     -rss_limit_mb=2048 -print_final_stats=1 \
     -artifact_prefix=scratch/fuzz/findings/"$name"- "$corpus" \
