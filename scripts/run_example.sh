@@ -9,7 +9,7 @@ scratch="$root/scratch/demo"
 rm -rf "$scratch"
 mkdir -p "$scratch"
 cp -a "$root/examples/." "$scratch/"
-rm -rf "$scratch/tests"  # the example's own checks are not part of the product
+rm -rf "$scratch/tests" "$scratch/checks"  # the example's own tests and checks are not part of the product
 cp "$program" "$scratch/install"
 cd "$scratch"
 echo "Running the example product in $scratch"
