@@ -78,7 +78,7 @@ constexpr option_def kOptions[] = {
     {"-httpd-conf", "<path>", "read the web server's configuration from <path> only",
      set_httpd_conf},
     {"-answers", "<file>", "answers to start from, kept there after a success", set_answers},
-    {"-status", nullptr, "exit 0 done, 2 failed, 3 quit, 4 start-up failed (1 usage)", set_status},
+    {"-status", nullptr, "exit 0 done, 2 failed, 3 quit, 4 start-up failed", set_status},
     {"-help", nullptr, "print this help and exit", show_help},
 };
 
