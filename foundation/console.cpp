@@ -11,8 +11,8 @@ namespace {
 
 FILE* g_input = nullptr;
 FILE* g_output = nullptr;
-// Whether the next text starts a line: nothing written yet, the last text
-// ended with a line end, or the operator's answer line did.
+// Whether the next text starts a line: nothing written yet, or the last
+// text ended with a line end.
 bool g_line_start = true;
 
 FILE* in_stream() { return g_input != nullptr ? g_input : stdin; }
@@ -64,7 +64,6 @@ int console_read_line(char* buffer, int size) {
     buffer[0] = '\0';
     return k_fail;
   }
-  g_line_start = true;
   const size_t length = strlen(buffer);
   if (length == static_cast<size_t>(size - 1) && buffer[length - 1] != '\n') {
     drop_rest_of_line(stream);
