@@ -16,10 +16,12 @@ title Widget board
 installed false
 EOF
   # An installed board makes Upgrade the default: the test sees the
-  # folders the answers name.
+  # folders the answers name. The last line stands for discovery: it
+  # overwrites an answered setting, and the answers win again after it.
   cat > install.int <<'EOF'
 Exist $(web_root)/$(app_dir)/index.html installed - -
 Copy  action upgrade installed true
+Copy  app_dir widget - -
 EOF
   local section
   for section in remove upgrade install; do
