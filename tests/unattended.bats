@@ -167,6 +167,13 @@ Exit status 4: ${cases[i + 1]}" ]
     [ "$status" -eq 0 ]
     [[ "$output" != *"Exit status"* ]]
   done
+  # A product directory every account may write: 4 with -status (1 without,
+  # and when "-status" is only the tag of -special).
+  chmod o+w .
+  talk "" -status
+  [ "$status" -eq 4 ]
+  talk "" -special -status
+  [ "$status" -eq 1 ]
 }
 
 @test "-help: every option on a line, the files by the base name; no menu" {
@@ -184,4 +191,20 @@ Exit status 4: ${cases[i + 1]}" ]
   done
   [ "${lines[0]}" = "Usage: setup [option]..." ]
   [[ "$output" != *"Welcome"* && "$output" != *"install."* ]]
+}
+
+@test "as root, an answers file that another account placed or may change is not read" {
+  chmod 755 .
+  mkdir -m 1777 shared
+  setpriv --reuid=www-data --regid=www-data --clear-groups sh -c 'printf "web_root /\n" > shared/a'
+  printf 'app_dir x\n' > keep/b
+  chmod o+w keep/b
+  local -a cases=(shared/a "another account owns it" keep/b "other accounts may write to it")
+  local i
+  for ((i = 0; i < ${#cases[@]}; i += 2)); do
+    talk "" -automate -status -answers "${cases[i]}"
+    [ "$status" -eq 4 ]
+    [ "$(head -n 1 "$STDOUT_FILE")" = "Cannot read answers from '${cases[i]}', ${cases[i + 1]}" ]
+  done
+  [ ! -e default-root ]
 }
