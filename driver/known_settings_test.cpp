@@ -6,7 +6,7 @@
 
 namespace {
 
-class KnownSettingsTest : public scratch_test {};
+using KnownSettingsTest = scratch_test;
 
 TEST_F(KnownSettingsTest, NamesEveryDataFileDeclaresOrSets) {
   ini_store* store = ini_create();
