@@ -35,7 +35,8 @@ teardown() { remove_product_dir; }
   talk "" -automate -status -answers keep/a
   ran_cleanly
   [[ "$output" == *"[Install]"*"Success 3 bytes in 2 files copied"* ]]
-  [ "$(cat srv/board/index.html)" = v1 ] && [ ! -e default-root ]
+  [ "$(cat srv/board/index.html)" = v1 ]
+  [ ! -e default-root ]
   # The preseeded lines as they stood, the answer taken by default added.
   [ "$(cat keep/a)" = "# preseeded
 web_root   $PRODUCT_DIR/srv
@@ -48,7 +49,8 @@ title Widget board" ]
   [ "$(cat srv/board/index.html)" = v2 ]
   talk "" -automate -status -special remove -answers keep/a
   ran_cleanly
-  [ ! -e srv/board ] && [ -d srv ]
+  [ ! -e srv/board ]
+  [ -d srv ]
 }
 
 @test "the answers file is replaced whole, 0600; on a full disk the old one stays" {
@@ -62,13 +64,16 @@ title Widget board" ]
     dd if=/dev/zero of=keep/filler bs=1k count=64 2> /dev/null
     $INSTALL_RUNNER ./install -automate -status -answers keep/a; echo "second $?"
     cmp keep/a kept && ls -A keep'
-  [ "${lines[0]}" = "first 0" ] && [ "${lines[1]}" = 600 ]
+  [ "${lines[0]}" = "first 0" ]
+  [ "${lines[1]}" = 600 ]
   [ "$(cat kept)" = "app_dir board
 web_root $PRODUCT_DIR/default-root
 title Widget board" ]
   [[ "$output" == *"Success 3 bytes in 1 files copied"*"Error: Cannot keep the answers in 'keep/a', No space left on device"* ]]
   [ "${lines[-4]}" = "Exit status 2: Upgrade done, but Cannot keep the answers in 'keep/a', No space left on device" ]
-  [ "${lines[-3]}" = "second 2" ] && [ "${lines[-2]}" = a ] && [ "${lines[-1]}" = filler ]
+  [ "${lines[-3]}" = "second 2" ]
+  [ "${lines[-2]}" = a ]
+  [ "${lines[-1]}" = filler ]
 }
 
 @test "a fixed setting in the answers is logged and passed over; an unknown or overlong line stops the run" {
@@ -79,12 +84,13 @@ title Widget board" ]
   log_has Error "keep/a:1: setting 'host' is fixed, its answer is ignored"
   local -A cases=(["app_dir x
 web_rot /srv"]="keep/b:2: unknown setting 'web_rot'"
-    ["title $(printf '%0995d' 0)"]="keep/b:1: line longer than 999 characters")
+    ["title $(printf '%0994d' 0)"]="keep/b:1: line longer than 999 characters")
   local text
   for text in "${!cases[@]}"; do
     printf '%s\n' "$text" > keep/b
     talk "" -automate -status -answers keep/b
-    [ "$status" -eq 4 ] && [ ! -e default-root/x ]
+    [ "$status" -eq 4 ]
+    [ ! -e default-root/x ]
     [ "$output" = "${cases[$text]}"$'\n'"Exit status 4: ${cases[$text]}" ]
   done
 }
@@ -99,7 +105,8 @@ web_rot /srv"]="keep/b:2: unknown setting 'web_rot'"
   local file
   for file in "${!cases[@]}"; do
     talk "" -automate -status -answers "$file"
-    [ "$status" -eq 4 ] && [ ! -e default-root ]
+    [ "$status" -eq 4 ]
+    [ ! -e default-root ]
     [ "$(head -n 1 "$STDOUT_FILE")" = "Cannot read answers from '$file', ${cases[$file]}" ]
   done
 }
@@ -111,7 +118,7 @@ web_rot /srv"]="keep/b:2: unknown setting 'web_rot'"
     : $'4\n' "" 0 "What would you like to do[1]? "
     : "" "-answers" 1 "Usage: install -answers <file>"
     : $'1\nq\n' "" 3 "Exit status 3: input ended before an action was chosen"
-    "rm src/index.html" "" "-automate" 2
+    "rm src/index.html" "" "-automate -answers keep/c" 2
     "Exit status 2: Install failed: copy line 2 ($PRODUCT_DIR/src/* -> $PRODUCT_DIR/default-root/widget): nothing matched it"
     "rm -r default-root" "" "-automate -special remove" 2
     "Exit status 2: remove failed: copy line 1 ($PRODUCT_DIR/default-root/widget): Error opening dir '$PRODUCT_DIR/default-root/', No such file or directory"
@@ -128,8 +135,10 @@ web_rot /srv"]="keep/b:2: unknown setting 'web_rot'"
     [ "${cases[i + 3]}" -eq 1 ] && continue
     # shellcheck disable=SC2086
     talk "${cases[i + 1]}" ${cases[i + 2]}
-    [ "$status" -eq 0 ] && [[ "$output" != *"Exit status"* ]]
+    [ "$status" -eq 0 ]
+    [[ "$output" != *"Exit status"* ]]
   done
+  [ ! -e keep/c ]  # a failed action keeps no answers
   # A product directory every account may write: 4 with -status (1 without,
   # and when "-status" is only the tag of -special).
   chmod o+w .
@@ -142,7 +151,8 @@ web_rot /srv"]="keep/b:2: unknown setting 'web_rot'"
 @test "-help: every option on a line, the files by the base name; no menu" {
   mv install setup
   run $INSTALL_RUNNER ./setup -automate -help -special
-  [ "$status" -eq 0 ] && [ "${lines[0]}" = "Usage: setup [option]..." ]
+  [ "$status" -eq 0 ]
+  [ "${lines[0]}" = "Usage: setup [option]..." ]
   local word
   for word in -debug -version -automate '-special <tag>' '-httpd-conf <path>' '-answers <file>' \
     -status -help setup.dat setup.int setup.q setup.cpy blurb.txt setup.log; do
