@@ -158,7 +158,8 @@ bool run_copy_script(ini_store* store, const flow_kind& kind) {
   product_file(path, ".cpy");
   copy_script_set_callbacks(script, copy_progress, copy_failure);
   script_run run;
-  if (copy_script_load(script, path, kind.section)) {
+  const bool loaded = copy_script_load(script, path, kind.section) != 0;
+  if (loaded) {
     console_print(kind.before_run);
     int succeeded = run_lines(script, kind, &run);
     report_run(kind, succeeded, run.files, run.bytes, run.failure);
@@ -170,7 +171,7 @@ bool run_copy_script(ini_store* store, const flow_kind& kind) {
                    kind.heading, kind.section, path);
   }
   copy_script_free(&script);
-  return run_status() == kExitDone;
+  return loaded && run.failed_line < 0;
 }
 
 // Keeps the answers of a successful action in the answers file, if one was
