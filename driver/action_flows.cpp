@@ -2,10 +2,13 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string>
 
 #include "copyscript/copy_run.h"
 #include "copyscript/copy_script.h"
+#include "driver/answers.h"
 #include "driver/options.h"
+#include "driver/run_status.h"
 #include "foundation/console.h"
 #include "foundation/logger.h"
 #include "foundation/str_path.h"
@@ -49,26 +52,96 @@ void product_file(char (&path)[kPathSize], const char* extension) {
 }
 
 // The walk's result as a flow result; kFlowDone means go on to the script.
-int ask_questions(ini_store* store, const flow_kind& kind) {
+// report receives what the walk did; the run's status what went wrong.
+int ask_questions(ini_store* store, const flow_kind& kind, walk_report* report) {
   question_set* questions = question_set_create(store);
   char path[kPathSize];
   product_file(path, ".q");
   int result = kFlowDone;
   if (!question_load(questions, path, kind.section)) {
     log_error("Error loading questions");
+    run_status_set(kExitFailed, 0, "%s failed: section '%s' of '%s' could not be loaded",
+                   kind.heading, kind.section, path);
     result = kFlowFailed;
   } else {
-    walk_outcome outcome = question_walk(questions, store, kind.expand_error_text);
-    if (outcome == walk_outcome::quit) result = kFlowQuit;
-    if (outcome == walk_outcome::failure) result = kFlowFailed;
+    walk_outcome outcome = question_walk(questions, store, kind.expand_error_text, report);
+    if (outcome == walk_outcome::quit) {
+      run_status_set(kExitQuit, 0, "the operator quit %s", kind.heading);
+      result = kFlowQuit;
+    }
+    if (outcome == walk_outcome::failure) {
+      run_status_set(kExitFailed, 0, "%s failed: %s", kind.heading, report->failure.c_str());
+      result = kFlowFailed;
+    }
   }
   question_set_free(&questions);
   return result;
 }
 
-void report_run(const flow_kind& kind, int succeeded, int files, unsigned bytes) {
+// What the run of a script did: files done, bytes copied, and the first
+// failing line with why it failed.
+struct script_run {
+  int files = 0;
+  unsigned bytes = 0;
+  int failed_line = -1;  // index, -1 when none failed
+  std::string failure;
+};
+
+// Why line index of script failed: the text of an Error line, else the
+// error line it logged (the system's reason included); a line that logged
+// none found nothing to act on.
+std::string line_failure(const copy_script* script, int index, unsigned errors_before) {
+  const bool error_line = copy_type(script, index) == k_copy_error;
+  std::string why = "nothing matched it";
+  if (error_line) {
+    why = copy_last_error();
+  } else if (log_error_count() != errors_before) {
+    why = log_last_error();
+  }
+  const char* destination = error_line ? nullptr : copy_destination(script, index);
+  return "copy line " + std::to_string(index + 1) + " (" +
+         str_or_empty(copy_source(script, index)) +
+         (destination != nullptr ? std::string(" -> ") + destination : "") + "): " + why;
+}
+
+// Runs the lines as copy_script_run does (same log lines), keeping the
+// first failing line. 1 when every line was processed, 0 when it stopped.
+int run_lines(copy_script* script, const flow_kind& kind, script_run* run) {
+  log_info("Processing copy script...");
+  for (int index = 0; index < copy_count(script); ++index) {
+    log_debug("Processing [%d:%s->%s,%s,%s,%s]", static_cast<int>(copy_type(script, index)),
+              str_or_empty(copy_source(script, index)),
+              str_or_empty(copy_destination(script, index)), str_or_empty(copy_not(script, index)),
+              str_or_empty(copy_control(script, index)),
+              str_or_empty(copy_control_cmp(script, index)));
+    const unsigned errors_before = log_error_count();
+    const int result = copy_line_run(script, index, kind.count_bytes ? &run->bytes : nullptr);
+    if (result > 0) run->files += result;
+    if (result != 0) continue;
+    if (run->failed_line < 0) {
+      run->failed_line = index;
+      run->failure = line_failure(script, index, errors_before);
+    }
+    if (kind.stop_on_fail) {
+      log_info("Stop on fail set, stopping...");
+      return 0;
+    }
+    log_info("Stop on fail NOT set, continuing...");
+  }
+  log_info("Copy script completed successfully");
+  return 1;
+}
+
+void report_run(const flow_kind& kind, int succeeded, int files, unsigned bytes,
+                const std::string& failure) {
   if (!succeeded) {
-    console_printf("]\nFailed, %s", copy_last_error());
+    // With -status a failure without an Error line's text says why here.
+    const char* reason = copy_last_error();
+    if (status_mode() && reason[0] == '\0') {
+      console_printf("]\nFailed, %s\n", failure.c_str());
+    } else {
+      console_printf("]\nFailed, %s", reason);
+    }
   } else if (kind.report == success_report::bytes_and_files) {
     console_printf("]\nSuccess %d bytes in %d files copied\n", static_cast<int>(bytes), files);
   } else if (kind.report == success_report::files_removed) {
@@ -78,26 +151,45 @@ void report_run(const flow_kind& kind, int succeeded, int files, unsigned bytes)
   }
 }
 
-void run_copy_script(ini_store* store, const flow_kind& kind) {
+// Loads and runs the section; true when every line of it succeeded.
+bool run_copy_script(ini_store* store, const flow_kind& kind) {
   copy_script* script = copy_script_create(store);
   char path[kPathSize];
   product_file(path, ".cpy");
   copy_script_set_callbacks(script, copy_progress, copy_failure);
-  if (copy_script_load(script, path, kind.section)) {
+  script_run run;
+  const bool loaded = copy_script_load(script, path, kind.section) != 0;
+  if (loaded) {
     console_print(kind.before_run);
-    int files = 0;
-    unsigned bytes = 0;
-    int succeeded =
-        copy_script_run(script, &files, kind.count_bytes ? &bytes : nullptr, kind.stop_on_fail);
-    report_run(kind, succeeded, files, bytes);
+    int succeeded = run_lines(script, kind, &run);
+    report_run(kind, succeeded, run.files, run.bytes, run.failure);
+    if (run.failed_line >= 0) {
+      run_status_set(kExitFailed, 0, "%s failed: %s", kind.heading, run.failure.c_str());
+    }
+  } else {
+    run_status_set(kExitFailed, 0, "%s failed: section '%s' of '%s' could not be loaded",
+                   kind.heading, kind.section, path);
   }
   copy_script_free(&script);
+  return loaded && run.failed_line < 0;
+}
+
+// Keeps the answers of a successful action in the answers file, if one was
+// given.
+void keep_answers(ini_store* store, const flow_kind& kind, const walk_report& report) {
+  const char* path = answers_path();
+  std::string error;
+  if (path == nullptr || answers_keep(store, path, report.answered, &error)) return;
+  console_printf("Error: %s\n", error.c_str());
+  run_status_set(kExitFailed, 0, "%s done, but %s", kind.heading, error.c_str());
 }
 
 int run_flow(ini_store* store, const flow_kind& kind) {
   print_heading(kind.heading);
-  int result = ask_questions(store, kind);
-  if (result == kFlowDone) run_copy_script(store, kind);
+  run_status_done();
+  walk_report report;
+  int result = ask_questions(store, kind, &report);
+  if (result == kFlowDone && run_copy_script(store, kind)) keep_answers(store, kind, report);
   return result;
 }
 

@@ -1,11 +1,15 @@
 #include "driver/installer.h"
 
+#include <cerrno>
 #include <string>
 #include <vector>
 
+#include "driver/answers.h"
 #include "driver/init_commands.h"
+#include "driver/known_settings.h"
 #include "driver/menu.h"
 #include "driver/options.h"
+#include "driver/run_status.h"
 #include "environment/init_file.h"
 #include "environment/runtime_settings.h"
 #include "foundation/console.h"
@@ -25,19 +29,50 @@ void change_extension(char (&path)[kPathSize], const char* extension) {
   str_append(path, extension, kPathSize);
 }
 
-// Loads the init file and runs its commands; false when it cannot be read.
-bool run_init_file(ini_store* store, char (&path)[kPathSize]) {
+// Reads the answers file, when one was given, and checks it against the
+// settings the product knows. False, printed, when it cannot be used.
+bool load_answers(ini_store* store, init_list* commands, answers_file* answers) {
+  const char* path = answers_path();
+  if (path == nullptr) return true;
+  char questions[kPathSize];
+  char script[kPathSize];
+  str_copy(questions, program_base_name(), kPathSize);
+  str_append(questions, ".q", kPathSize);
+  str_copy(script, program_base_name(), kPathSize);
+  str_append(script, ".cpy", kPathSize);
+  std::string error;
+  if (answers_read(path, answers, &error) &&
+      answers_check(store, known_settings(store, commands, questions, script), answers, &error)) {
+    return true;
+  }
+  console_printf("%s\n", error.c_str());
+  run_status_set(kExitStartup, 0, "%s", error.c_str());
+  return false;
+}
+
+// Loads the init file and the answers, then sets the answers, runs the
+// init commands and sets the answers again (so the commands see them, and
+// they win over what the commands found). False when either cannot be
+// loaded: nothing has been done then.
+bool start_up(ini_store* store, char (&path)[kPathSize]) {
   init_list* commands = init_list_create();
   change_extension(path, ".int");
   bool loaded = init_load(commands, path) != 0;
-  if (loaded) {
-    run_init_commands(store, commands);
-  } else {
+  if (!loaded) {
     console_print("Error: Failed to load init file '");
     console_print(path);
     console_print("', ");
     console_print(init_last_error());
     console_print("\n");
+    run_status_set(kExitStartup, 0, "the init file '%s' could not be loaded, %s", path,
+                   init_last_error());
+  }
+  answers_file answers;
+  if (loaded) loaded = load_answers(store, commands, &answers);
+  if (loaded) {
+    answers_apply(store, answers);
+    run_init_commands(store, commands);
+    answers_apply(store, answers);
   }
   init_list_free(&commands);
   return loaded;
@@ -87,7 +122,7 @@ void wait_for_enter() {
 int run_with(logger* log, ini_store* store, int argc, char** argv) {
   char path[kPathSize];
   if (str_getcwd(path, kPathSize) == nullptr) path[0] = '\0';
-  if (!product_files_trusted(path)) return 1;
+  if (!product_files_trusted(path)) return option_given(argv, argc, "-status") ? kExitStartup : 1;
   str_path_join(path, program_base_name(), kPathSize);
   str_append(path, ".log", kPathSize);
   log_set_current(log);
@@ -100,8 +135,12 @@ int run_with(logger* log, ini_store* store, int argc, char** argv) {
   question_set_unattended(automate_mode());
 
   change_extension(path, ".dat");
-  if (runtime_settings_load(store, path) == 0) return -1;
-  if (run_init_file(store, path)) run_menu(store);
+  errno = 0;
+  if (runtime_settings_load(store, path) == 0) {
+    run_status_set(kExitStartup, errno, "the run-time settings file '%s' could not be read", path);
+    return -1;
+  }
+  if (start_up(store, path)) run_menu(store);
   runtime_settings_free();
   return -1;
 }
@@ -120,6 +159,10 @@ int run_installer(int argc, char** argv) {
   ini_destroy(&store);
   log_free(&log);
   if (status >= 0) return status;
+  if (status_mode() && run_status() != kExitDone) {
+    console_end_line();
+    console_printf("Exit status %d: %s\n", run_status(), run_status_reason());
+  }
   if (!automate_mode()) wait_for_enter();
-  return 0;
+  return status_mode() ? run_status() : 0;
 }

@@ -2,6 +2,7 @@
 
 #include "driver/action_flows.h"
 #include "driver/options.h"
+#include "driver/run_status.h"
 #include "foundation/console.h"
 #include "foundation/file_guard.h"
 #include "foundation/str_path.h"
@@ -36,7 +37,7 @@ bool run_choice(ini_store* store, int choice) {
     }
     case 2: return do_upgrade(store) == kFlowQuit;
     case 3: return do_remove(store) == kFlowQuit;
-    case kExitChoice: return false;
+    case kExitChoice: run_status_done(); return false;
     case kSpecialChoice:
       if (special_tag() != nullptr) {
         do_special(store);
@@ -102,6 +103,7 @@ void run_menu(ini_store* store) {
         console_print("\n");
         choice = default_choice;
       } else if (!read_choice(default_choice, &choice)) {
+        run_status_set(kExitQuit, 0, "input ended before an action was chosen");
         return;
       }
     }

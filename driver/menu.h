@@ -17,4 +17,6 @@ void show_blurb(ini_store* store);
 // The menu loop: banner once, then menu and choice until an action is done,
 // "4" is chosen or the input ends. With a special tag the special action runs
 // once without the menu. A typed 5 without a tag is not a recognised option.
+// Exit and the end of input are recorded as the run's outcome
+// (driver/run_status.h); an action records its own.
 void run_menu(ini_store* store);

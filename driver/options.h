@@ -1,5 +1,7 @@
-// The command line and the three values it sets for the whole run: the
-// program's base name, the automate flag and the special tag.
+// The command line and the values it sets for the whole run: the program's
+// base name, the automate flag, the special tag, the answers file and
+// whether the exit status tells what happened. One table holds every
+// option: parsing and "-help" both read it.
 #pragma once
 
 #include "foundation/logger.h"
@@ -7,20 +9,26 @@
 inline constexpr const char* kInstallerVersion = "1.0d";
 
 // What the command line asks for: go on with the run, or end it at once
-// with a status ("-version": 0, an option without its argument: 1).
+// with a status ("-version", "-help": 0; an option without its argument: 1).
 struct option_outcome {
   bool end = false;
   int status = 0;
 };
 
-// The command-line pass: "-debug", "-version", "-automate", "-special <tag>"
-// and "-httpd-conf <path>" (the web server's main configuration file, read
-// as the server reads it instead of probing the usual places), compared
-// exactly; anything else is passed over. "-debug" sets log's level;
-// "-version" prints the version, and "-special" or "-httpd-conf" without its
-// argument a usage line, on the console. Nothing is done when argv is null
-// or argc < 2.
+// The command-line pass, in argument order, each compared exactly against
+// the table (driver/options.cpp): "-debug", "-version", "-automate",
+// "-special <tag>", "-httpd-conf <path>" (the web server's main
+// configuration file, read as the server reads it instead of probing the
+// usual places), "-answers <file>", "-status" and "-help"; anything else is
+// passed over. "-debug" sets log's level; "-version" prints the version,
+// "-help" every option and the files a run reads and writes, and an option
+// without its argument "Usage: install <option> <argument>", on the console.
+// Nothing is done when argv is null or argc < 2.
 option_outcome parse_options(logger* log, char** argv, int argc);
+
+// True when name stands in argv as an option (not as the argument of one),
+// for the checks made before the options are read. False for null.
+bool option_given(char** argv, int argc, const char* name);
 
 // The program's base name (argv[0] without directory, cut at its first dot);
 // "" until set.
@@ -30,3 +38,8 @@ void set_program_base_name(const char* name);
 int automate_mode();
 // The tag given after "-special", or nullptr.
 const char* special_tag();
+// The file given after "-answers", or nullptr.
+const char* answers_path();
+// Non-zero when "-status" was given: the exit status then tells what
+// happened (driver/run_status.h).
+int status_mode();

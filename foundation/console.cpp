@@ -11,6 +11,9 @@ namespace {
 
 FILE* g_input = nullptr;
 FILE* g_output = nullptr;
+// Whether the next text starts a line: nothing written yet, or the last
+// text ended with a line end.
+bool g_line_start = true;
 
 FILE* in_stream() { return g_input != nullptr ? g_input : stdin; }
 FILE* out_stream() { return g_output != nullptr ? g_output : stdout; }
@@ -31,7 +34,13 @@ void console_set_streams(FILE* in, FILE* out) {
 }
 
 void console_print(const char* text) {
-  if (text != nullptr) fputs(text, out_stream());
+  if (text == nullptr || text[0] == '\0') return;
+  fputs(text, out_stream());
+  g_line_start = text[strlen(text) - 1] == '\n';
+}
+
+void console_end_line() {
+  if (!g_line_start) console_print("\n");
 }
 
 void console_printf(const char* format, ...) {

@@ -14,6 +14,10 @@ void console_print(const char* text);
 // Formats into at most 999 characters, then writes; nothing for a null
 // format.
 void console_printf(const char* format, ...) __attribute__((format(printf, 1, 2)));
+// Writes a line end unless the output is at the start of a line (nothing
+// written yet, or the last text ended with one), so that what follows
+// stands on a line of its own in the output, whatever was read meanwhile.
+void console_end_line();
 // Pushes what was written out to the operator.
 void console_flush();
 

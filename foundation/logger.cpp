@@ -28,6 +28,9 @@ constexpr mode_t kLogMode = 0600;  // the log holds every answer given
 // The process-wide current logger and the errors held until one can take them.
 logger* g_current_log = nullptr;
 std::vector<std::string> g_pending_errors;
+// Every error line issued, written or not: how many, and the last one.
+unsigned g_error_count = 0;
+std::string g_last_error;
 
 std::string bounded(const char* text, int size) {
   std::string result = str_or_empty(text);
@@ -159,6 +162,10 @@ void log_at(log_level level, const char* format, va_list args) {
   if (!held && (g_current_log == nullptr || g_current_log->level < number)) return;
   char message[kLineSize];
   format_message(message, format, args);
+  if (level == log_level::error) {
+    ++g_error_count;
+    g_last_error = message;
+  }
   if (held) {
     g_pending_errors.emplace_back(message);
   } else {
@@ -215,6 +222,10 @@ void log_close(logger* log) {
 void log_set_current(logger* log) { g_current_log = log; }
 
 logger* log_current() { return g_current_log; }
+
+unsigned log_error_count() { return g_error_count; }
+
+const char* log_last_error() { return g_last_error.c_str(); }
 
 void log_set_level(logger* log, unsigned level) {
   if (log != nullptr) log->level = level;

@@ -42,6 +42,11 @@ int log_set_file(logger* log, const char* dir, const char* file);
 void log_close(logger* log);
 void log_set_current(logger* log);
 logger* log_current();
+// How many error lines were issued so far, and the text of the last one (""
+// before the first; valid until the next): the reason a caller can show for
+// a failure it learns only as a result code.
+unsigned log_error_count();
+const char* log_last_error();
 void log_set_level(logger* log, unsigned level);
 // "None", "Error", "Info", "Debug", any case; anything else changes nothing.
 void log_set_level_name(logger* log, const char* word);

@@ -1,5 +1,6 @@
 #include "questions/question_walk.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -35,6 +36,7 @@ struct walk_state {
   // with the settings as they were then. The walk in between depends on
   // nothing else, so meeting a pair again means it would repeat for ever.
   std::vector<std::pair<unsigned, std::string>> loops_taken;
+  walk_report* report = nullptr;
 };
 
 std::string expanded(ini_store* store, const char* text) {
@@ -61,10 +63,26 @@ void print_error(const char* reason, const char* tail) {
   console_print(tail);
 }
 
-// Ends a walk that cannot go on, printing the question error just set.
-step fail_walk() {
-  print_error(question_last_error(), "\n");
+// Records why the walk fails, for a caller that asked.
+step failed(const walk_state& walk, const std::string& why) {
+  if (walk.report != nullptr) walk.report->failure = why;
   return step::failure;
+}
+
+// Ends a walk that cannot go on, printing the question error just set.
+step fail_walk(const walk_state& walk) {
+  print_error(question_last_error(), "\n");
+  return failed(walk, question_last_error());
+}
+
+// Notes that an asking question set its setting.
+void note_answered(const walk_state& walk) {
+  if (walk.report == nullptr) return;
+  std::vector<std::string>& answered = walk.report->answered;
+  const std::string label = str_or_empty(question_label(walk.set, walk.index));
+  if (std::find(answered.begin(), answered.end(), label) == answered.end()) {
+    answered.push_back(label);
+  }
 }
 
 bool reads_false(ini_store* store, const char* name) {
@@ -90,7 +108,7 @@ step take_error(const walk_state& walk) {
   const char* text = str_or_empty(question_text(walk.set, walk.index));
   const std::string message = walk.expand_error_text ? expanded(walk.store, text) : text;
   print_error(message.c_str(), "\n");
-  return step::failure;
+  return failed(walk, message);
 }
 
 step take_loop(walk_state& walk) {
@@ -102,7 +120,7 @@ step take_loop(walk_state& walk) {
   if (error != std::errc() || stop != end || target >= question_count(walk.set)) {
     errno = 0;
     question_set_error("Loop index '%s' is not a question number", text);
-    return fail_walk();
+    return fail_walk(walk);
   }
   std::pair<unsigned, std::string> taken(walk.index, settings_fingerprint(walk));
   for (const auto& earlier : walk.loops_taken) {
@@ -110,7 +128,7 @@ step take_loop(walk_state& walk) {
       errno = 0;
       question_set_error("Loop to %u would repeat forever%s", target,
                          walk.unattended ? " in unattended mode" : "");
-      return fail_walk();
+      return fail_walk(walk);
     }
   }
   walk.loops_taken.push_back(std::move(taken));
@@ -158,16 +176,23 @@ step take_asked(walk_state& walk) {
       question_set_error("Default answer '%s' for '%s' would %s in unattended mode", answer,
                          question_label(walk.set, walk.index),
                          quit ? "quit the action" : "step back forever");
-      return fail_walk();
+      return fail_walk(walk);
     }
     if (quit) return step::quit;
     if (is_word(answer, 'b')) {
       if (walk.index > 0) --walk.index;
       return step::moved;
     }
-    if (question_accept(walk.set, walk.index, answer)) return step::next;
+    if (question_accept(walk.set, walk.index, answer)) {
+      note_answered(walk);
+      return step::next;
+    }
     print_error(question_last_error(), ", please try again\n");
-    if (walk.unattended) return step::failure;
+    if (walk.unattended) {
+      return failed(walk, std::string("the default of '") +
+                              str_or_empty(question_label(walk.set, walk.index)) +
+                              "' was refused: " + question_last_error());
+    }
   }
 }
 
@@ -194,9 +219,10 @@ void question_set_unattended(int on) { g_unattended = on; }
 
 int question_unattended() { return g_unattended; }
 
-walk_outcome question_walk(const question_set* set, ini_store* store, int expand_error_text) {
+walk_outcome question_walk(const question_set* set, ini_store* store, int expand_error_text,
+                           walk_report* report) {
   if (set == nullptr) return walk_outcome::failure;
-  walk_state walk{set, store, expand_error_text != 0, g_unattended != 0, 0, {}};
+  walk_state walk{set, store, expand_error_text != 0, g_unattended != 0, 0, {}, report};
   for (;;) {
     while (walk.index < question_count(set)) {
       switch (take_question(walk)) {

@@ -13,9 +13,21 @@
 // setting of that name, else the comparison itself), exactly.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "questions/question_file.h"
 
 enum class walk_outcome { success, failure, quit };
+
+// What a walk did, for a caller that keeps the answers or explains a failure.
+struct walk_report {
+  // The settings that asking questions set (answered or taken by default),
+  // each once, in the order they were first set.
+  std::vector<std::string> answered;
+  // Why a walk that failed failed, in words; "" otherwise.
+  std::string failure;
+};
 
 // Unattended mode: questions are not asked, their defaults are taken, and
 // there is no closing offer to change the answers. Off until set.
@@ -38,5 +50,6 @@ int question_unattended();
 // question count; a Loop about to go back with every setting the walk writes
 // as it was at an earlier go-back of the same Loop and no question asked
 // since (it would go round for ever); an unattended default of "q" or "b".
-// A null set fails at once.
-walk_outcome question_walk(const question_set* set, ini_store* store, int expand_error_text);
+// A null set fails at once. report, when given, is filled as the walk goes.
+walk_outcome question_walk(const question_set* set, ini_store* store, int expand_error_text,
+                           walk_report* report = nullptr);
