@@ -6,6 +6,7 @@
 #include "driver/init_commands.h"
 #include "driver/menu.h"
 #include "driver/options.h"
+#include "driver/package_check.h"
 #include "environment/init_file.h"
 #include "environment/runtime_settings.h"
 #include "foundation/console.h"
@@ -97,6 +98,7 @@ int run_with(logger* log, ini_store* store, int argc, char** argv) {
 
   option_outcome options = parse_options(log, argv, argc);
   if (options.end) return options.status;
+  if (check_mode()) return run_package_check(store);
   question_set_unattended(automate_mode());
 
   change_extension(path, ".dat");

@@ -10,6 +10,7 @@ namespace {
 
 std::string g_base_name;
 int g_automated = 0;
+int g_check = 0;
 std::string g_tag;
 bool g_has_tag = false;
 
@@ -20,6 +21,8 @@ const char* program_base_name() { return g_base_name.c_str(); }
 void set_program_base_name(const char* name) { g_base_name = str_or_empty(name); }
 
 int automate_mode() { return g_automated; }
+
+int check_mode() { return g_check; }
 
 const char* special_tag() { return g_has_tag ? g_tag.c_str() : nullptr; }
 
@@ -36,6 +39,9 @@ option_outcome parse_options(logger* log, char** argv, int argc) {
     } else if (str_cmp(arg, "-automate") == 0) {
       log_info("Automated install/upgrade...");
       g_automated = 1;
+    } else if (str_cmp(arg, "-check") == 0) {
+      log_info("Checking the product's files");
+      g_check = 1;
     } else if (str_cmp(arg, "-special") == 0) {
       if (i + 1 >= argc) {
         console_print("Usage: install -special <tag>\n");
