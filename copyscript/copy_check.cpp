@@ -95,7 +95,7 @@ void check_mode(const line_at& at, const std::string& mode) {
   for (char c : mode) value = value * 8 + static_cast<unsigned>(c - '0');
   check_error(at.report, at.file, at.line,
               "mode '%s' is not octal: a run takes each character as a digit and sets the mode "
-              "%o; write the mode in octal digits, 755 say",
+              "%o (octal); write the mode in octal digits, 755 say",
               mode.c_str(), value & kModeMask);
 }
 
@@ -301,7 +301,7 @@ void copy_check_template(const check_place& place, const std::string& label, che
                   "template '%s' cannot be read (%s): if it cannot when the line runs either, the "
                   "destination is left empty and the line falls back to a copy, which fails; "
                   "ship the template with the product",
-                  place.name.c_str(), str_last_error(reason, sizeof reason));
+                  label.c_str(), str_last_error(reason, sizeof reason));
     return;
   }
   check_read_lines(stream.get(), kTemplateLineSize, [&](int line, char* text) {

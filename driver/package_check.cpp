@@ -70,8 +70,10 @@ struct settings_facts {
   bool declared(const std::string& name) const { return ini_index_of(store, name.c_str()) >= 0; }
 
   // The first line that sets name (of the init file only, and above
-  // `before` there, when init_before > 0); nullptr when none.
+  // `before` there, when init_before > 0); nullptr when none, or when name is
+  // fixed and so never set.
   const setting_use* writer(const std::string& name, int init_before = 0) const {
+    if ((ini_flags_of(store, name.c_str()) & INI_FIXED) != 0) return nullptr;
     for (const setting_use& use : report.uses) {
       if (use.name != name) continue;
       if (use.kind != setting_use_kind::written && use.kind != setting_use_kind::failure_flag) {
@@ -218,14 +220,14 @@ void check_menu_sections(const product& files, check_report* report) {
     if (section_in(*report, files.questions, action.section) == nullptr) {
       check_error(report, files.questions, 0,
                   "no [%s] section: choosing %s from the menu fails before any question (\"Error "
-                  "loading questions\" in the log) and does nothing; add a [%s] section (it may "
-                  "be empty)",
+                  "loading questions\" in the log) and does nothing; add the section [%s] (it "
+                  "may be empty)",
                   action.section, action.name, action.section);
     }
     if (section_in(*report, files.script, action.section) == nullptr) {
       check_error(report, files.script, 0,
                   "no [%s] section: %s asks its questions and then does nothing, without a word; "
-                  "add a [%s] section",
+                  "add the section [%s]",
                   action.section, action.name, action.section);
     }
   }
@@ -244,13 +246,13 @@ void check_special_sections(const product& files, check_report* report) {
     if (in_questions) {
       check_warning(report, place.file, place.line,
                     "[%s] has no lines in %s: '%s -special %s' asks these questions and then "
-                    "does nothing; add a [%s] section to %s",
+                    "does nothing; add the section [%s] to %s",
                     name, other.c_str(), base, name, name, other.c_str());
     } else {
       check_error(report, place.file, place.line,
                   "[%s] has no questions in %s: '%s -special %s' fails before these lines run "
-                  "(\"Error loading questions\" in the log); add a [%s] section to %s (it may be "
-                  "empty)",
+                  "(\"Error loading questions\" in the log); add the section [%s] to %s (it may "
+                  "be empty)",
                   name, other.c_str(), base, name, name, other.c_str());
     }
   }
@@ -274,9 +276,13 @@ int run_package_check(ini_store* store) {
   check_blurb(files, &report);
   order.push_back(kBlurb);
 
-  const settings_facts facts{store, files, report};
-  check_unset(facts, &report);
-  check_written(facts, &report);
+  // Without its settings a run ends at once; what the other files do with
+  // settings is then beside the point.
+  if (loaded) {
+    const settings_facts facts{store, files, report};
+    check_unset(facts, &report);
+    check_written(facts, &report);
+  }
   if (questions_read && script_read) {
     check_menu_sections(files, &report);
     check_special_sections(files, &report);

@@ -111,7 +111,15 @@ void record_uses(const std::string& file, int line, const init_command& stored,
       add_references(report, file, line, stored.name);
       add_use(report, file, line, stored.value, setting_use_kind::written);
       break;
-    case kInitCopy: add_use(report, file, line, stored.name, setting_use_kind::written); break;
+    case kInitCopy:
+      add_use(report, file, line, stored.name, setting_use_kind::written);
+      if (stored.value.find("$(") != std::string::npos) {
+        check_warning(report, file, line,
+                      "'%s' is taken as a setting's name or as a literal, never filled in: a run "
+                      "sets %s to '%s' as written; name the setting whose value to copy",
+                      stored.value.c_str(), stored.name.c_str(), stored.value.c_str());
+      }
+      break;
     case kInitHttpUser:
     case kInitHttpGroup:
     case kInitHttpRoot:

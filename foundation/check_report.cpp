@@ -39,6 +39,10 @@ size_t file_rank(std::vector<std::string>& order, const std::string& file) {
   return order.size() - 1;
 }
 
+bool same_message(const check_message& a, const check_message& b) {
+  return a.file == b.file && a.line == b.line && a.severity == b.severity && a.text == b.text;
+}
+
 }  // namespace
 
 void check_error(check_report* report, const std::string& file, int line, const char* format, ...) {
@@ -116,7 +120,10 @@ int check_report_print(const check_report& report, const std::vector<std::string
   });
   int errors = 0;
   int warnings = 0;
+  const check_message* last = nullptr;
   for (const auto& [rank, message] : sorted) {
+    if (last != nullptr && same_message(*last, *message)) continue;  // one line, one field each
+    last = message;
     const bool error = message->severity == check_severity::error;
     (error ? errors : warnings) += 1;
     console_print(message->file.c_str());

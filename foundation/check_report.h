@@ -80,8 +80,9 @@ void check_sectioned_file(
 
 // Prints every message in file order (the files in `files` first, in that
 // order, then the others in order of appearance), then by line, as
-// "<file>:<line>: error: <text>" ("<file>: ..." for the file as a whole),
-// and the summary "N errors, M warnings", on the console. Returns 1 when
+// "<file>:<line>: error: <text>" ("<file>: ..." for the file as a whole;
+// a message given twice for one line, for two fields of it, once), and the
+// summary "N errors, M warnings", on the console. Returns 1 when
 // there is an error, else 0.
 int check_report_print(const check_report& report, const std::vector<std::string>& files);
 

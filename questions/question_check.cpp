@@ -104,7 +104,7 @@ void report_taken_over(section_check& at, int line, const question& stored, cons
   }
   if (taken.empty() || !stored.control) return;
   check_warning(at.report, at.file, line,
-                "takes %s from the rejected line %d, as a run carries them over: %s; complete or "
+                "takes %s from the rejected line %d, which a run carries over: %s; complete or "
                 "remove line %d",
                 taken.c_str(), at.rejected_line, asked_when(stored).c_str(), at.rejected_line);
 }
