@@ -106,7 +106,6 @@ void runtime_settings_check(ini_store* store, const char* path, const std::strin
     ini_line row;
     if (ini_parse_line(text, &row) == 0) return;
     const dat_line at{file, line, index++, row};
-    report->uses.push_back({file, line, row.name, setting_use_kind::declared});
     check_name(store, at, first, report);
     check_references(store, at, report);
     check_settled(store, at, report);

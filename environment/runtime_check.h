@@ -9,9 +9,9 @@
 #include "settings/ini_store.h"
 
 // Checks the run-time settings file at path (named `file` in messages)
-// against store, which runtime_settings_load has set up from it. Records each
-// setting line in report->uses as declared, and each reference to another of
-// the file's settings (for the checks across files). Reports the file not
+// against store, which runtime_settings_load has set up from it. Records in
+// report->uses each reference to another of the file's settings (for the
+// checks across files). Reports the file not
 // readable; a name given twice or a built-in name (the line is never
 // reached); a reference that names no setting of the file (kept as written)
 // or one that is not replaceable (empty); references that never settle.

@@ -77,6 +77,7 @@ void check_sectioned_file(
     const std::function<void(const std::string& section, int line, char* text)>& on_line) {
   if (stream == nullptr || report == nullptr) return;
   std::string section;
+  bool seen_header = false;
   bool inside = false;  // in the first section of its name
   bool outside_told = false;
   check_read_lines(stream, kLineSize, [&](int line, char* raw) {
@@ -85,6 +86,7 @@ void check_sectioned_file(
     std::string_view name;
     if (section_file_header(text, &name)) {
       section = std::string(name);
+      seen_header = true;
       const check_place* first = first_section(*report, file, name);
       inside = first == nullptr;
       if (inside) {
@@ -99,7 +101,7 @@ void check_sectioned_file(
     }
     if (inside) {
       if (on_line) on_line(section, line, text);
-    } else if (section.empty() && !outside_told) {
+    } else if (!seen_header && !outside_told) {
       outside_told = true;
       check_warning(report, file, line,
                     "line outside any section: a run reads only the lines under a [section] "

@@ -25,7 +25,6 @@ struct check_message {
 
 // How a line uses a setting.
 enum class setting_use_kind {
-  declared,      // a line of the run-time settings file
   written,       // set by an init command, a question or a copy line
   failure_flag,  // set to "true" when a web-server look-up fails
   reference,     // $(name) in a text that is expanded
