@@ -7,7 +7,6 @@
 #include "copyscript/copy_script.h"
 #include "fileops/file_ops.h"
 #include "fileops/file_trust.h"
-#include "fileops/wild_match.h"
 #include "foundation/file_guard.h"
 #include "foundation/handles.h"
 #include "foundation/str_text.h"
@@ -32,7 +31,9 @@ struct line_at {
 const char* text_of(const std::optional<std::string>& field) { return field ? field->c_str() : ""; }
 
 bool has_reference(std::string_view text) { return text.find("$(") != std::string_view::npos; }
-bool has_wildcard(std::string_view text) { return text.find_first_of("*?") != std::string::npos; }
+bool has_wildcard(std::string_view text) {
+  return text.find_first_of("*?") != std::string_view::npos;
+}
 bool ends_in_separator(std::string_view text) {
   return !text.empty() && (text.back() == '/' || text.back() == '\\');
 }
@@ -131,24 +132,13 @@ std::string normal_path(std::string_view path) {
   return out;
 }
 
-std::string parent_of(const std::string& path) {
-  const size_t sep = path.rfind('/');
-  return sep == std::string::npos ? std::string() : path.substr(0, sep);
-}
-
-std::string last_part(const std::string& path) { return path.substr(path.rfind('/') + 1); }
-
-// Whether the destination directories a copy finds include the directory
-// its sources are listed in.
+// Whether the destination is the directory its sources are listed in.
 bool copies_into_itself(const copy_line& line) {
   const std::string source = text_of(line.source);
   const size_t sep = source.find_last_of("/\\");
   if (sep == std::string::npos) return false;
-  const std::string from = normal_path(std::string_view(source).substr(0, sep + 1));
-  const std::string into = normal_path(text_of(line.destination));
-  if (from == into) return true;
-  return has_wildcard(last_part(into)) && parent_of(from) == parent_of(into) &&
-         wild_match(last_part(from).c_str(), last_part(into).c_str());
+  return normal_path(std::string_view(source).substr(0, sep + 1)) ==
+         normal_path(text_of(line.destination));
 }
 
 void check_destination(const line_at& at, const copy_line& line) {
