@@ -45,8 +45,10 @@ clear_product_dir() { find . -mindepth 1 -maxdepth 1 ! -name install -exec rm -r
   mv install setup
   for file in dat int q cpy; do mv install.$file setup.$file; done
   rm setup.q
-  run $INSTALL_RUNNER ./setup -check
+  status=0
+  # shellcheck disable=SC2086 # the runner is a command and its arguments
+  $INSTALL_RUNNER ./setup -check > "$BATS_TEST_TMPDIR/setup.out" || status=$?
   [ "$status" -eq 1 ]
-  [ "${lines[0]%%:*}" = "setup.q" ]
-  [ "${lines[1]}" = "1 errors, 0 warnings" ]
+  [ "$(head -n 1 "$BATS_TEST_TMPDIR/setup.out" | cut -d: -f1)" = setup.q ]
+  [ "$(tail -n 1 "$BATS_TEST_TMPDIR/setup.out")" = "1 errors, 0 warnings" ]
 }

@@ -8,7 +8,7 @@ CopyFile  $(current_dir)/htdocs/*        *.bak   $(web_root)/$(app_dir)
 CopyDir   $(current_dir)/htdocs/images   -       $(web_root)/$(app_dir)
 Ini       $(current_dir)/site.ini.in     $(web_root)/$(app_dir)/site.ini
 WFile     $(web_root)/$(app_dir)/VERSION  version
-Chmod     $(web_root)/$(app_dir)/*.cgi   -   75S
+Chmod     $(web_root)/$(app_dir)/*.cgi   -   785
 Chown     $(web_root)/$(app_dir)         -   $(web_user):$(web_group)
 
 [upgrade]

@@ -4,7 +4,7 @@ Dir       web_root    -           -      1  Document root
 Exist     $(web_root)  found_root
 Copy      make_root   -           -      2  create_dirs
 YN        make_root   found_root  false  3  $(web_root) does not exist yet. Create it
-Loop      make_root   6
+Loop      make_root   5
 Text      app_dir     -           -      4  Folder under $(web_root)
 YN        use_cache   -           -      5  Keep a cache
 
