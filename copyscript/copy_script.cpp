@@ -15,31 +15,6 @@
 
 namespace {
 
-// Which required fields follow the operation word.
-constexpr unsigned k_field_source = 1;
-constexpr unsigned k_field_not = 2;
-constexpr unsigned k_field_destination = 4;
-constexpr unsigned k_fields_copy = k_field_source | k_field_not | k_field_destination;
-constexpr unsigned k_fields_remove = k_field_source | k_field_not;
-constexpr unsigned k_fields_pair = k_field_source | k_field_destination;
-
-struct operation_word {
-  const char* word;
-  uint32_t code;
-  unsigned fields;
-};
-
-// Searched in this order; the word is matched ignoring case.
-constexpr operation_word k_operation_words[] = {
-    {"CopyFile", k_copy_file, k_fields_copy},  {"CopyDir", k_copy_dir, k_fields_copy},
-    {"MkDir", k_copy_mkdir, k_field_source},   {"RmFile", k_copy_rm_file, k_fields_remove},
-    {"RmDir", k_copy_rm_dir, k_fields_remove}, {"Ini", k_copy_ini, k_fields_pair},
-    {"Rename", k_copy_rename, k_fields_pair},  {"Exist", k_copy_exist, k_fields_pair},
-    {"Chown", k_copy_chown, k_fields_copy},    {"Chmod", k_copy_chmod, k_fields_copy},
-    {"Error", k_copy_error, k_field_source},   {"WFile", k_copy_wfile, k_fields_pair},
-    {"RFile", k_copy_rfile, k_fields_pair},
-};
-
 // The expansion is built in a 10,000-byte buffer.
 constexpr unsigned k_expand_size = 10000;
 
@@ -60,9 +35,9 @@ std::string_view next_token(std::string_view& rest) {
   return token;
 }
 
-const operation_word* find_operation(std::string_view word) {
+const copy_operation_word* find_operation(std::string_view word) {
   std::string text(word);
-  for (const operation_word& op : k_operation_words) {
+  for (const copy_operation_word& op : k_copy_operation_words) {
     if (str_icmp(text.c_str(), op.word) == 0) return &op;
   }
   return nullptr;
@@ -175,26 +150,32 @@ void copy_script_set_callbacks(copy_script* script, file_step_callback progress,
   file_set_callbacks(progress, failure);
 }
 
-int copy_script_parse_line(copy_script* script, const char* text) {
-  if (script == nullptr || text == nullptr) return 0;
+int copy_line_parse(const char* text, copy_line* line) {
+  if (text == nullptr || line == nullptr) return 0;
   log_debug("Process .cpy file line [%s]", text);
   std::string_view rest(text);
   std::string_view word = next_token(rest);
   if (word.empty()) return 0;
-  const operation_word* op = find_operation(word);
-  copy_line line;
+  const copy_operation_word* op = find_operation(word);
   if (op == nullptr)
     log_error("Unknown copy type '%s'", std::string(word).c_str());
   else
-    line.type = op->code;
-  log_debug("Copy line 'type' is [%d]", static_cast<int>(line.type));
-  if (op != nullptr && !read_required(rest, op->fields, line)) return 0;
-  if (line.type == k_copy_error) {
-    read_error_text(rest, line);
+    line->type = op->code;
+  log_debug("Copy line 'type' is [%d]", static_cast<int>(line->type));
+  if (op != nullptr && !read_required(rest, op->fields, *line)) return 0;
+  if (line->type == k_copy_error) {
+    read_error_text(rest, *line);
   } else if (op != nullptr) {
-    line.control = optional_field(rest, "control");
-    if (line.control) line.control_cmp = optional_field(rest, "control_cmp");
+    line->control = optional_field(rest, "control");
+    if (line->control) line->control_cmp = optional_field(rest, "control_cmp");
   }
+  return 1;
+}
+
+int copy_script_parse_line(copy_script* script, const char* text) {
+  if (script == nullptr || text == nullptr) return 0;
+  copy_line line;
+  if (!copy_line_parse(text, &line)) return 0;
   if (script->store != nullptr) {
     if (line.not_list && *line.not_list == "-") line.not_list.reset();
     expand_field(script, line.source);

@@ -43,6 +43,34 @@ inline constexpr uint32_t k_copy_error = 0x1000;
 inline constexpr uint32_t k_copy_wfile = 0x2000;
 inline constexpr uint32_t k_copy_rfile = 0x4000;
 
+// The required fields that follow an operation word.
+inline constexpr unsigned k_field_source = 1;
+inline constexpr unsigned k_field_not = 2;
+inline constexpr unsigned k_field_destination = 4;
+
+struct copy_operation_word {
+  const char* word;
+  uint32_t code;
+  unsigned fields;  // k_field_* bits
+};
+
+// The operation words, searched in this order, ignoring case.
+inline constexpr copy_operation_word k_copy_operation_words[] = {
+    {"CopyFile", k_copy_file, k_field_source | k_field_not | k_field_destination},
+    {"CopyDir", k_copy_dir, k_field_source | k_field_not | k_field_destination},
+    {"MkDir", k_copy_mkdir, k_field_source},
+    {"RmFile", k_copy_rm_file, k_field_source | k_field_not},
+    {"RmDir", k_copy_rm_dir, k_field_source | k_field_not},
+    {"Ini", k_copy_ini, k_field_source | k_field_destination},
+    {"Rename", k_copy_rename, k_field_source | k_field_destination},
+    {"Exist", k_copy_exist, k_field_source | k_field_destination},
+    {"Chown", k_copy_chown, k_field_source | k_field_not | k_field_destination},
+    {"Chmod", k_copy_chmod, k_field_source | k_field_not | k_field_destination},
+    {"Error", k_copy_error, k_field_source},
+    {"WFile", k_copy_wfile, k_field_source | k_field_destination},
+    {"RFile", k_copy_rfile, k_field_source | k_field_destination},
+};
+
 // One operation line; absent fields are empty optionals.
 struct copy_line {
   std::optional<std::string> source;       // path acted on, settings expanded
@@ -77,6 +105,12 @@ void copy_script_set_callbacks(copy_script* script, file_step_callback progress,
 // Parses one trimmed line of a section (no comment, no header) and appends it
 // when its required fields are all there: 1 appended, 0 dropped or null.
 int copy_script_parse_line(copy_script* script, const char* text);
+// The parsing part of copy_script_parse_line: fills line with the fields as
+// written (nothing expanded, a "-" `not` kept) and logs as the loader does.
+// 1 when the line is kept (an unknown word too, with type 0), 0 when a
+// required field is missing (line then holds the type and the fields before
+// it) or the line has no word or an argument is null.
+int copy_line_parse(const char* text, copy_line* line);
 
 // Each `$(name)` of text replaced by the setting's value; unknown names stay
 // as written and a "$(" without ")" is copied literally. A new malloc'd text

@@ -9,6 +9,7 @@
 #include "driver/known_settings.h"
 #include "driver/menu.h"
 #include "driver/options.h"
+#include "driver/package_check.h"
 #include "driver/run_status.h"
 #include "environment/init_file.h"
 #include "environment/runtime_settings.h"
@@ -132,6 +133,7 @@ int run_with(logger* log, ini_store* store, int argc, char** argv) {
 
   option_outcome options = parse_options(log, argv, argc);
   if (options.end) return options.status;
+  if (check_mode()) return run_package_check(store);
   question_set_unattended(automate_mode());
 
   change_extension(path, ".dat");

@@ -10,6 +10,7 @@ namespace {
 
 std::string g_base_name;
 int g_automated = 0;
+int g_check = 0;
 std::string g_tag;
 bool g_has_tag = false;
 std::string g_answers;
@@ -62,6 +63,12 @@ option_outcome set_answers(logger*, const char* path) {
   return {};
 }
 
+option_outcome set_check(logger*, const char*) {
+  log_info("Checking the product's files");
+  g_check = 1;
+  return {};
+}
+
 option_outcome set_status(logger*, const char*) {
   g_status = 1;
   log_info("Exit status tells the outcome");
@@ -74,6 +81,8 @@ constexpr option_def kOptions[] = {
     {"-debug", nullptr, "log at debug level (the log's level already)", set_debug},
     {"-version", nullptr, "print the version and exit", show_version},
     {"-automate", nullptr, "take every default (menu and questions), ask nothing", set_automate},
+    {"-check", nullptr, "check the product's data files, change nothing, exit 1 on an error",
+     set_check},
     {"-special", "<tag>", "run the <tag> sections of the questions and copy script", set_special},
     {"-httpd-conf", "<path>", "read the web server's configuration from <path> only",
      set_httpd_conf},
@@ -132,6 +141,8 @@ const char* program_base_name() { return g_base_name.c_str(); }
 void set_program_base_name(const char* name) { g_base_name = str_or_empty(name); }
 
 int automate_mode() { return g_automated; }
+
+int check_mode() { return g_check; }
 
 const char* special_tag() { return g_has_tag ? g_tag.c_str() : nullptr; }
 

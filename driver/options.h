@@ -36,6 +36,9 @@ const char* program_base_name();
 void set_program_base_name(const char* name);
 // Non-zero when "-automate" was given.
 int automate_mode();
+// Non-zero when "-check" was given (also read by parse_options): the
+// product's files are checked, not run (driver/package_check.h).
+int check_mode();
 // The tag given after "-special", or nullptr.
 const char* special_tag();
 // The file given after "-answers", or nullptr.

@@ -16,25 +16,11 @@ namespace {
 
 std::string g_last_error;
 
-struct command_word {
-  const char* word;
-  int type;
-};
-
-// Searched in this order; compared with case.
-constexpr command_word kCommandWords[] = {
-    {"Exist", kInitExist},        {"Copy", kInitCopy},
-    {"HTTP_User", kInitHttpUser}, {"HTTP_Group", kInitHttpGroup},
-    {"HTTP_Root", kInitHttpRoot}, {"HTTP_Scripts", kInitHttpScripts},
-    {"TimeDate", kInitTimeDate},  {"WFile", kInitWFile},
-    {"RFile", kInitRFile},
-};
-
 constexpr const char* kBlanks = " \t";
 
 // Sets type from the command word; an unknown word leaves it as it was.
 void take_command_word(const char* word, init_command& pending) {
-  for (const command_word& entry : kCommandWords) {
+  for (const init_command_word& entry : kInitCommandWords) {
     if (str_cmp(word, entry.word) == 0) {
       pending.type = entry.type;
       return;
@@ -49,25 +35,6 @@ void take_condition(const char* word, std::optional<std::string>& field) {
   if (str_cmp(word, "-") != 0) field = word;
 }
 
-// Parses one raw line into the pending record. Returns 1 when the line gave
-// all five words, 0 otherwise (skipped or short).
-int parse_line(char* raw, init_command& pending) {
-  char* cont = nullptr;
-  const char* word = str_token(str_trim(raw), kBlanks, &cont);
-  if (word == nullptr || word[0] == '#') return 0;
-  take_command_word(word, pending);
-
-  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 0;
-  pending.name = word;
-  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 0;
-  pending.value = word;
-  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 0;
-  take_condition(word, pending.cond_name);
-  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 0;
-  take_condition(word, pending.cond_value);
-  return 1;
-}
-
 void destroy_command_slot(void** slot) {
   auto* command = static_cast<init_command*>(*slot);
   init_command_free(&command);
@@ -75,6 +42,24 @@ void destroy_command_slot(void** slot) {
 }
 
 }  // namespace
+
+int init_parse_line(char* line, init_command* pending) {
+  if (line == nullptr || pending == nullptr) return 0;
+  char* cont = nullptr;
+  const char* word = str_token(str_trim(line), kBlanks, &cont);
+  if (word == nullptr || word[0] == '#') return 0;
+  take_command_word(word, *pending);
+
+  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 1;
+  pending->name = word;
+  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 2;
+  pending->value = word;
+  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 3;
+  take_condition(word, pending->cond_name);
+  if ((word = str_token(nullptr, kBlanks, &cont)) == nullptr) return 4;
+  take_condition(word, pending->cond_value);
+  return kInitLineWords;
+}
 
 init_list* init_list_create() {
   auto* list = new init_list;
@@ -108,7 +93,8 @@ int init_load(init_list* list, const char* path) {
   char line[kLineSize];
   while (fgets(line, kLineSize, file.get()) != nullptr) {
     if (pending == nullptr) pending = std::make_unique<init_command>();
-    if (parse_line(line, *pending) && list_append(list->commands, pending.get())) {
+    if (init_parse_line(line, pending.get()) == kInitLineWords &&
+        list_append(list->commands, pending.get())) {
       pending.release();
     }
   }

@@ -26,6 +26,23 @@ inline constexpr int kInitTimeDate = 0x400;
 inline constexpr int kInitWFile = 0x800;
 inline constexpr int kInitRFile = 0x1000;
 
+struct init_command_word {
+  const char* word;
+  int type;
+};
+
+// The command words, searched in this order and compared with case.
+inline constexpr init_command_word kInitCommandWords[] = {
+    {"Exist", kInitExist},        {"Copy", kInitCopy},
+    {"HTTP_User", kInitHttpUser}, {"HTTP_Group", kInitHttpGroup},
+    {"HTTP_Root", kInitHttpRoot}, {"HTTP_Scripts", kInitHttpScripts},
+    {"TimeDate", kInitTimeDate},  {"WFile", kInitWFile},
+    {"RFile", kInitRFile},
+};
+
+// The words of a complete line.
+inline constexpr int kInitLineWords = 5;
+
 // One stored line. A stored record always has name and value; the condition
 // words are absent where the line had "-".
 struct init_command {
@@ -56,6 +73,14 @@ void init_command_free(init_command** command);
 // word is logged and its line is still stored with type 0. A line of fewer
 // than five words is not stored; what it gave is carried into the next line.
 [[nodiscard]] int init_load(init_list* list, const char* path);
+
+// Parses one line as read from the file (split in place) into pending, as
+// the loader does: the command word sets type (an unknown one is logged and
+// leaves type as it was), the next words replace name and value, and the
+// condition words replace theirs unless they are "-". Returns the number of
+// words taken, kInitLineWords for a complete line; 0 for a blank or comment
+// line, or a null argument.
+int init_parse_line(char* line, init_command* pending);
 
 // Cursor operations. Records stay owned by the list. init_first returns the
 // record at index and leaves the cursor behind it; init_next returns the

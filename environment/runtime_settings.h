@@ -11,6 +11,11 @@
 
 #include "settings/ini_store.h"
 
+// The built-in rows that come before the file's: "host", "system_dir",
+// "current_dir", "action". The file's n-th setting line (from 0) is the
+// store's setting kRuntimeBuiltIns + n.
+inline constexpr int kRuntimeBuiltIns = 4;
+
 // Reads the file at path, sets the store up from the built-in rows and the
 // file's rows, and runs the replaceable pass. 1 when done; 0 for a null store
 // or path, or a file that can't be opened (logged; the store is left as it

@@ -4,26 +4,20 @@
 
 #include "foundation/str_text.h"
 
-namespace {
-
-// Whether line is a section header; name is then the section it opens.
-bool section_name(char* line, std::string_view& name) {
-  if (line[0] != '[') return false;
-  name = std::string_view(line + 1);
-  if (!name.empty() && name.back() == ']') name.remove_suffix(1);
+bool section_file_header(const char* line, std::string_view* name) {
+  if (line == nullptr || name == nullptr || line[0] != '[') return false;
+  *name = std::string_view(line + 1);
+  if (!name->empty() && name->back() == ']') name->remove_suffix(1);
   return true;
 }
 
-bool same_section(std::string_view name, const char* section) {
-  std::string_view wanted(section);
+bool section_file_same(std::string_view name, std::string_view wanted) {
   if (name.size() != wanted.size()) return false;
   for (size_t i = 0; i < name.size(); ++i) {
     if (str_fold(name[i]) != str_fold(wanted[i])) return false;
   }
   return true;
 }
-
-}  // namespace
 
 int section_file_read(FILE* stream, const char* section,
                       const std::function<void(char* line)>& on_line) {
@@ -34,9 +28,9 @@ int section_file_read(FILE* stream, const char* section,
     char* line = str_trim(buffer);
     if (line[0] == '\0' || line[0] == '#') continue;
     std::string_view name;
-    if (section_name(line, name)) {
+    if (section_file_header(line, &name)) {
       if (found) break;
-      found = same_section(name, section);
+      found = section_file_same(name, section);
       continue;
     }
     if (found && on_line) on_line(line);

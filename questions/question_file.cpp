@@ -18,19 +18,6 @@ namespace {
 constexpr const char* kSeparators = " \t";
 constexpr unsigned kGrowth = 5;
 
-struct type_word {
-  const char* word;
-  unsigned type;
-};
-
-// Searched in this order; the words are whole, so the order decides nothing.
-constexpr type_word kTypeWords[] = {
-    {"Text", kQuestionText},           {"YN", kQuestionYesNo},          {"Dir", kQuestionDir},
-    {"DirExist", kQuestionDirExist},   {"DirEmpty", kQuestionDirEmpty}, {"File", kQuestionFile},
-    {"FileExist", kQuestionFileExist}, {"FileName", kQuestionFileName}, {"Copy", kQuestionCopy},
-    {"Exist", kQuestionExist},         {"Error", kQuestionError},       {"Loop", kQuestionLoop},
-};
-
 // How a field is taken from the line.
 enum class field_kind {
   token,     // the next field as it stands
@@ -70,7 +57,7 @@ constexpr field_step kLoopFields[] = {
 };
 
 unsigned type_of(const char* word) {
-  for (const type_word& entry : kTypeWords) {
+  for (const question_type_word& entry : kQuestionTypeWords) {
     if (str_icmp(entry.word, word) == 0) return entry.type;
   }
   log_error("Unknown question type '%s'", word);

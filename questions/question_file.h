@@ -35,6 +35,23 @@ inline constexpr unsigned kQuestionMustBeEmpty = 0x2000;
 inline constexpr unsigned kQuestionDirExist = kQuestionDir | kQuestionMustExist;
 inline constexpr unsigned kQuestionDirEmpty = kQuestionDir | kQuestionMustBeEmpty;
 inline constexpr unsigned kQuestionFileExist = kQuestionFile | kQuestionMustExist;
+// The types that are not asked.
+inline constexpr unsigned kQuestionAutomatic =
+    kQuestionCopy | kQuestionExist | kQuestionError | kQuestionLoop;
+
+struct question_type_word {
+  const char* word;
+  unsigned type;
+};
+
+// The type words, searched in this order, ignoring case; the words are
+// whole, so the order decides nothing.
+inline constexpr question_type_word kQuestionTypeWords[] = {
+    {"Text", kQuestionText},           {"YN", kQuestionYesNo},          {"Dir", kQuestionDir},
+    {"DirExist", kQuestionDirExist},   {"DirEmpty", kQuestionDirEmpty}, {"File", kQuestionFile},
+    {"FileExist", kQuestionFileExist}, {"FileName", kQuestionFileName}, {"Copy", kQuestionCopy},
+    {"Exist", kQuestionExist},         {"Error", kQuestionError},       {"Loop", kQuestionLoop},
+};
 
 // One question line. Absent texts are empty optionals.
 struct question {

@@ -21,7 +21,6 @@ namespace {
 int g_unattended = 0;
 
 constexpr const char* kChangePrompt = "Do you want to change your answers [n]? ";
-constexpr unsigned kAutomatic = kQuestionCopy | kQuestionExist | kQuestionError | kQuestionLoop;
 
 // What one question does to the walk.
 enum class step { next, moved, failure, quit };
@@ -197,7 +196,7 @@ step take_asked(walk_state& walk) {
 }
 
 step take_question(walk_state& walk) {
-  switch (question_type(walk.set, walk.index) & kAutomatic) {
+  switch (question_type(walk.set, walk.index) & kQuestionAutomatic) {
     case kQuestionCopy: take_copy(walk); return step::next;
     case kQuestionExist: take_exist(walk); return step::next;
     case kQuestionError: return take_error(walk);

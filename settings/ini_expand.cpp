@@ -64,6 +64,19 @@ int ini_expand_refs(ini_store* store, const char* text, char* out, unsigned out_
   return static_cast<int>(written);
 }
 
+std::vector<std::string> ini_reference_names(const char* text) {
+  std::vector<std::string> names;
+  if (text == nullptr) return names;
+  const std::string_view source(text);
+  for (size_t hit = source.find(kOpen); hit != std::string_view::npos;) {
+    const size_t close = source.find(kClose, hit + kOpen.size());
+    if (close == std::string_view::npos) break;
+    names.emplace_back(name_at(source, hit));
+    hit = source.find(kOpen, close + 1);
+  }
+  return names;
+}
+
 void ini_expand(ini_store* store, const char* text, char* out, unsigned out_size) {
   ini_expand_refs(store, text, out, out_size, ini_unknown_refs::drop);
 }

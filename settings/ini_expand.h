@@ -8,6 +8,9 @@
 // ini_process_replaceable rewrites the store's own values once at start.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "settings/ini_store.h"
 
 enum class ini_unknown_refs { drop, keep };
@@ -22,6 +25,10 @@ enum class ini_unknown_refs { drop, keep };
 // for a null store, text or out, or out_size 0.
 int ini_expand_refs(ini_store* store, const char* text, char* out, unsigned out_size,
                     ini_unknown_refs policy);
+
+// The names of the references in text, in order, as ini_expand_refs reads
+// them (an unclosed "$(" is no reference). Empty for null.
+std::vector<std::string> ini_reference_names(const char* text);
 
 // ini_expand_refs with the drop policy.
 void ini_expand(ini_store* store, const char* text, char* out, unsigned out_size);
