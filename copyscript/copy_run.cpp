@@ -199,6 +199,13 @@ int dispatch(copy_script* script, const copy_line& line, unsigned* bytes) {
   return 0;
 }
 
+// Why line index failed, for copy_first_failure.
+std::string failure_reason(const copy_script* script, int index, unsigned errors_before) {
+  if (copy_type(script, index) == k_copy_error) return g_last_error;
+  if (log_error_count() != errors_before) return log_last_error();
+  return "nothing matched it";
+}
+
 }  // namespace
 
 int copy_line_run(copy_script* script, int index, unsigned* bytes_out) {
@@ -213,9 +220,11 @@ int copy_line_run(copy_script* script, int index, unsigned* bytes_out) {
   return dispatch(script, *line, bytes_out);
 }
 
-int copy_script_run(copy_script* script, int* files_out, unsigned* bytes_out, int stop_on_fail) {
+int copy_script_run(copy_script* script, int* files_out, unsigned* bytes_out, int stop_on_fail,
+                    copy_first_failure* first_failure) {
   if (files_out != nullptr) *files_out = 0;
   if (bytes_out != nullptr) *bytes_out = 0;
+  if (first_failure != nullptr) *first_failure = {};
   if (script == nullptr) return 0;
   log_info("Processing copy script...");
   for (int index = 0; index < copy_count(script); ++index) {
@@ -224,8 +233,12 @@ int copy_script_run(copy_script* script, int* files_out, unsigned* bytes_out, in
               str_or_empty(copy_destination(script, index)), str_or_empty(copy_not(script, index)),
               str_or_empty(copy_control(script, index)),
               str_or_empty(copy_control_cmp(script, index)));
+    const unsigned errors_before = log_error_count();
     int result = copy_line_run(script, index, bytes_out);
     if (result == 0) {
+      if (first_failure != nullptr && first_failure->index < 0) {
+        *first_failure = {index, failure_reason(script, index, errors_before)};
+      }
       if (stop_on_fail) {
         log_info("Stop on fail set, stopping...");
         return 0;

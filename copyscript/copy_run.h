@@ -3,14 +3,26 @@
 // what was done is counted. A failing line never undoes earlier lines.
 #pragma once
 
+#include <string>
+
 #include "copyscript/copy_script.h"
+
+// The first line of a run that failed: its index, -1 when none did, and why:
+// the text of an Error line, else the last error line logged while it ran
+// (the system's reason included), else "nothing matched it".
+struct copy_first_failure {
+  int index = -1;
+  std::string why;
+};
 
 // Runs every line in file order. *files_out (may be null) receives the sum
 // of the positive line results and *bytes_out (may be null) the bytes the
-// copies wrote; both start at 0. Returns 1 when every line was processed
-// (failures included when stop_on_fail is 0), 0 when it stopped at a failing
-// line (everything done before stays) or the script is null.
-int copy_script_run(copy_script* script, int* files_out, unsigned* bytes_out, int stop_on_fail);
+// copies wrote; both start at 0; *first_failure (may be null) the first
+// failing line. Returns 1 when every line was processed (failures included
+// when stop_on_fail is 0), 0 when it stopped at a failing line (everything
+// done before stays) or the script is null.
+int copy_script_run(copy_script* script, int* files_out, unsigned* bytes_out, int stop_on_fail,
+                    copy_first_failure* first_failure = nullptr);
 
 // Runs one line. Returns the number of things done (files copied or
 // removed, entries changed, 1 for a single operation), 0 on failure or for

@@ -78,58 +78,14 @@ int ask_questions(ini_store* store, const flow_kind& kind, walk_report* report) 
   return result;
 }
 
-// What the run of a script did: files done, bytes copied, and the first
-// failing line with why it failed.
-struct script_run {
-  int files = 0;
-  unsigned bytes = 0;
-  int failed_line = -1;  // index, -1 when none failed
-  std::string failure;
-};
-
-// Why line index of script failed: the text of an Error line, else the
-// error line it logged (the system's reason included); a line that logged
-// none found nothing to act on.
-std::string line_failure(const copy_script* script, int index, unsigned errors_before) {
-  const bool error_line = copy_type(script, index) == k_copy_error;
-  std::string why = "nothing matched it";
-  if (error_line) {
-    why = copy_last_error();
-  } else if (log_error_count() != errors_before) {
-    why = log_last_error();
-  }
-  const char* destination = error_line ? nullptr : copy_destination(script, index);
+// The first failing line of script, as the exit status's reason gives it.
+std::string line_failure(const copy_script* script, const copy_first_failure& failure) {
+  const int index = failure.index;
+  const char* destination =
+      copy_type(script, index) == k_copy_error ? nullptr : copy_destination(script, index);
   return "copy line " + std::to_string(index + 1) + " (" +
          str_or_empty(copy_source(script, index)) +
-         (destination != nullptr ? std::string(" -> ") + destination : "") + "): " + why;
-}
-
-// Runs the lines as copy_script_run does (same log lines), keeping the
-// first failing line. 1 when every line was processed, 0 when it stopped.
-int run_lines(copy_script* script, const flow_kind& kind, script_run* run) {
-  log_info("Processing copy script...");
-  for (int index = 0; index < copy_count(script); ++index) {
-    log_debug("Processing [%d:%s->%s,%s,%s,%s]", static_cast<int>(copy_type(script, index)),
-              str_or_empty(copy_source(script, index)),
-              str_or_empty(copy_destination(script, index)), str_or_empty(copy_not(script, index)),
-              str_or_empty(copy_control(script, index)),
-              str_or_empty(copy_control_cmp(script, index)));
-    const unsigned errors_before = log_error_count();
-    const int result = copy_line_run(script, index, kind.count_bytes ? &run->bytes : nullptr);
-    if (result > 0) run->files += result;
-    if (result != 0) continue;
-    if (run->failed_line < 0) {
-      run->failed_line = index;
-      run->failure = line_failure(script, index, errors_before);
-    }
-    if (kind.stop_on_fail) {
-      log_info("Stop on fail set, stopping...");
-      return 0;
-    }
-    log_info("Stop on fail NOT set, continuing...");
-  }
-  log_info("Copy script completed successfully");
-  return 1;
+         (destination != nullptr ? std::string(" -> ") + destination : "") + "): " + failure.why;
 }
 
 void report_run(const flow_kind& kind, int succeeded, int files, unsigned bytes,
@@ -157,21 +113,24 @@ bool run_copy_script(ini_store* store, const flow_kind& kind) {
   char path[kPathSize];
   product_file(path, ".cpy");
   copy_script_set_callbacks(script, copy_progress, copy_failure);
-  script_run run;
+  copy_first_failure failure;
   const bool loaded = copy_script_load(script, path, kind.section) != 0;
   if (loaded) {
     console_print(kind.before_run);
-    int succeeded = run_lines(script, kind, &run);
-    report_run(kind, succeeded, run.files, run.bytes, run.failure);
-    if (run.failed_line >= 0) {
-      run_status_set(kExitFailed, 0, "%s failed: %s", kind.heading, run.failure.c_str());
-    }
+    int files = 0;
+    unsigned bytes = 0;
+    int succeeded = copy_script_run(script, &files, kind.count_bytes ? &bytes : nullptr,
+                                    kind.stop_on_fail, &failure);
+    const std::string why = failure.index >= 0 ? line_failure(script, failure) : "";
+    report_run(kind, succeeded, files, bytes, why);
+    if (failure.index >= 0)
+      run_status_set(kExitFailed, 0, "%s failed: %s", kind.heading, why.c_str());
   } else {
     run_status_set(kExitFailed, 0, "%s failed: section '%s' of '%s' could not be loaded",
                    kind.heading, kind.section, path);
   }
   copy_script_free(&script);
-  return loaded && run.failed_line < 0;
+  return loaded && failure.index < 0;
 }
 
 // Keeps the answers of a successful action in the answers file, if one was
