@@ -1,27 +1,25 @@
 // The scratch fixture every unit test can use. It offers this and no more:
 //
-//   class scratch_test      a fixture: a fresh directory under /tmp per test
-//                           (dir_), removed with all it holds afterwards; a
-//                           debug log in it, "test.log" (log_), current and
-//                           flushed on every line; the console reset.
+//   scratch_test            the fixture: a fresh directory under /tmp per test
+//                           (dir_), removed with all it holds afterwards, and
+//                           a debug log in it, "test.log" (log_), current and
+//                           flushed on every line.
 //   path(name)              dir_ + "/" + name; a name starting with "/" is
 //                           used as it is.
-//   write_file(name, text)  writes text (bytes as given), making missing
-//                           parent directories; a name ending in "/" makes
-//                           that directory. Returns path(name).
+//   write_file(name, text)  writes text, making missing parent directories; a
+//                           name ending in "/" makes that directory instead.
+//                           Returns path(name).
 //   read_file(name)         the file's whole text; "" when it cannot be read.
 //   exists(name)            whether anything, a dangling link too, is there.
 //   logged(text)            how often text occurs in the log; 0 for never.
-//   console(input)          the console reads input and writes into a kept
-//                           buffer from now on; printed() returns what it
-//                           wrote so far.
+//   console(input)          from now on the console reads input and writes to
+//                           "console.out" in dir_; printed() is what it wrote.
 #pragma once
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -29,6 +27,7 @@
 #include <string_view>
 
 #include "foundation/console.h"
+#include "foundation/handles.h"
 #include "foundation/logger.h"
 
 class scratch_test : public ::testing::Test {
@@ -43,7 +42,7 @@ class scratch_test : public ::testing::Test {
     log_flush_every(log_, 1);
   }
   void TearDown() override {
-    close_console();
+    console_set_streams(nullptr, nullptr);
     log_set_current(nullptr);
     log_free(&log_);
     std::error_code ignored;
@@ -53,16 +52,12 @@ class scratch_test : public ::testing::Test {
   std::string path(std::string_view name) const {
     return name.starts_with('/') ? std::string(name) : dir_ + "/" + std::string(name);
   }
-  std::string write_file(std::string_view name, std::string_view text) const {
-    std::filesystem::path file(path(name));
+  std::string write_file(std::string_view name, std::string_view text = "") const {
+    const std::filesystem::path file(path(name));
     std::error_code ignored;
-    if (name.ends_with('/')) {
-      std::filesystem::create_directories(file, ignored);
-    } else {
-      std::filesystem::create_directories(file.parent_path(), ignored);
-      std::ofstream(file, std::ios::binary) << text;
-    }
-    return path(name);
+    std::filesystem::create_directories(name.ends_with('/') ? file : file.parent_path(), ignored);
+    if (!name.ends_with('/')) std::ofstream(file, std::ios::binary) << text;
+    return file;
   }
   std::string read_file(std::string_view name) const {
     std::ostringstream text;
@@ -81,37 +76,20 @@ class scratch_test : public ::testing::Test {
   }
 
   void console(std::string_view input) {
-    close_console();
-    in_ = tmpfile();
-    ASSERT_NE(in_, nullptr);
-    fwrite(input.data(), 1, input.size(), in_);
-    rewind(in_);
-    out_ = open_memstream(&out_text_, &out_size_);
-    ASSERT_NE(out_, nullptr);
-    console_set_streams(in_, out_);
+    console_in_.reset(fopen(write_file("console.in", input).c_str(), "r"));
+    console_out_.reset(fopen(path("console.out").c_str(), "w"));
+    ASSERT_TRUE(console_in_ && console_out_);
+    console_set_streams(console_in_.get(), console_out_.get());
   }
-  std::string printed() {
-    if (out_ == nullptr) return "";
-    fflush(out_);
-    return std::string(out_text_, out_size_);
+  std::string printed() const {
+    if (console_out_) fflush(console_out_.get());
+    return read_file("console.out");
   }
 
   std::string dir_;
   logger* log_ = nullptr;
 
  private:
-  void close_console() {
-    console_set_streams(nullptr, nullptr);
-    if (in_ != nullptr) fclose(in_);
-    if (out_ != nullptr) fclose(out_);
-    free(out_text_);
-    in_ = out_ = nullptr;
-    out_text_ = nullptr;
-    out_size_ = 0;
-  }
-
-  FILE* in_ = nullptr;
-  FILE* out_ = nullptr;
-  char* out_text_ = nullptr;
-  size_t out_size_ = 0;
+  unique_file console_in_;
+  unique_file console_out_;
 };
