@@ -1,7 +1,5 @@
 #include "foundation/console.h"
 
-#include <string>
-
 #include "foundation/test_scratch.h"
 
 namespace {

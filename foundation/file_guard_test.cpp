@@ -1,17 +1,10 @@
 #include "foundation/file_guard.h"
 
-#include <gtest/gtest.h>
-
-#include <signal.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <string>
 #include <tuple>
 
-#include "foundation/handles.h"
 #include "foundation/test_scratch.h"
 
 namespace {
@@ -41,59 +34,30 @@ TEST_F(FileOpen, WhatIsOpenedByName) {
   write_file("file", "kept");
   write_file("dir/");
   ASSERT_EQ(symlink("file", path("own").c_str()), 0);
-  ASSERT_EQ(symlink("own", path("chain").c_str()), 0);
-  ASSERT_EQ(symlink(path("file").c_str(), path("planted").c_str()), 0);
-  ASSERT_EQ(lchown(path("planted").c_str(), kOtherAccount, kOtherAccount), 0);
-  ASSERT_EQ(symlink("planted", path("via_planted").c_str()), 0);
-  ASSERT_EQ(link(path("file").c_str(), path("second").c_str()), 0);
+  ASSERT_EQ(symlink("own", path("via").c_str()), 0);
+  ASSERT_EQ(symlink(path("file").c_str(), path("bad").c_str()), 0);
+  ASSERT_EQ(lchown(path("bad").c_str(), kOtherAccount, kOtherAccount), 0);
+  ASSERT_EQ(symlink("bad", path("via_bad").c_str()), 0);
+  ASSERT_EQ(link(path("file").c_str(), path("2nd").c_str()), 0);
   ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
   // Each row: the name, how it is opened, the directory's mode, and errno
   // after the refusal (0: opened).
   const std::tuple<const char*, const char*, mode_t, int> rows[] = {
-      {"chain", "r", 0700, 0},          {"own", "r", 0777, ELOOP},
-      {"planted", "r", 0700, ELOOP},    {"via_planted", "r", 0700, ELOOP},
-      {"own", "w", 0700, ELOOP},        {"own", "a", 0700, ELOOP},
-      {"own", "r+", 0700, ELOOP},       {"fifo", "r", 0700, EINVAL},
-      {"fifo", "w", 0700, EINVAL},      {"/dev/zero", "r", 0700, EINVAL},
-      {"/dev/full", "w", 0700, EINVAL}, {"dir", "r", 0700, EISDIR},
-      {"second", "r", 0777, 0},         {"second", "a", 0777, EMLINK},
-      {"second", "w", 0777, EMLINK},    {"second", "a", 0700, 0}};
+      {"via", "r", 0700, 0},         {"own", "r", 0777, ELOOP},   {"bad", "r", 0700, ELOOP},
+      {"via_bad", "r", 0700, ELOOP}, {"own", "w", 0700, ELOOP},   {"own", "a", 0700, ELOOP},
+      {"own", "r+", 0700, ELOOP},    {"fifo", "r", 0700, EINVAL}, {"fifo", "w", 0700, EINVAL},
+      {"dir", "r", 0700, EISDIR},    {"2nd", "r", 0777, 0},       {"2nd", "a", 0777, EMLINK},
+      {"2nd", "w", 0777, EMLINK},    {"2nd", "a", 0700, 0}};
   for (const auto& [name, mode, dir_mode, err] : rows) {
     ASSERT_EQ(chmod(dir_.c_str(), dir_mode), 0);
     errno = 0;
     const unique_file opened(file_open(path(name).c_str(), mode));
     EXPECT_EQ(opened != nullptr ? 0 : errno, err)
-        << name << " " << mode << " in " << std::oct << dir_mode;
+        << name << " " << mode << " " << std::oct << dir_mode;
   }
   EXPECT_EQ(read_file("file"), "kept");
-  EXPECT_EQ(logged("Not following symbolic link '" + path("planted") + "'"), 2);
+  EXPECT_EQ(logged("Not following symbolic link '" + path("bad") + "'"), 2);
   EXPECT_EQ(logged("Not opening '" + path("fifo") + "', it is not a regular file"), 2);
-}
-
-// A write that cannot reach the file often shows only when the buffer is
-// flushed at the close: here the file-size limit stands for a full disk.
-TEST_F(FileOpen, FinishingTellsWhetherTheWritesReachedTheFile) {
-  FILE* limited = file_open(path("limited").c_str(), "w");
-  FILE* kept = file_open(path("kept").c_str(), "w");
-  ASSERT_TRUE(limited != nullptr && kept != nullptr);
-  fputs("lost", limited);
-  fputs("kept", kept);
-  EXPECT_EQ(file_finish(&kept), 1);
-  EXPECT_EQ(read_file("kept"), "kept");
-  rlimit saved{};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
-  rlimit tiny = saved;
-  tiny.rlim_cur = 1;
-  auto* previous = signal(SIGXFSZ, SIG_IGN);
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tiny), 0);
-  errno = 0;
-  const int finished = file_finish(&limited);
-  const int err = errno;
-  setrlimit(RLIMIT_FSIZE, &saved);
-  signal(SIGXFSZ, previous);
-  EXPECT_EQ(finished, 0);
-  EXPECT_EQ(err, EFBIG);
-  EXPECT_EQ(limited, nullptr);
 }
 
 }  // namespace

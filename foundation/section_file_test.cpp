@@ -23,13 +23,11 @@ TEST(SectionFile, ReadsOnlyTheWantedSectionTrimmed) {
       "before\n[install]\n  one  \r\n\n# comment\ntwo # kept\n[Upgrade\n three\n[empty]\n"
       "[long]\n" +
       std::string(1500, 'x') + "\n";
-  const std::string rows[][2] = {
-      {"INSTALL", "1 one|two # kept|"},
-      {"upgrade", "1 three|"},
-      {"empty", "1 "},
-      {"special", "0 "},
-      {"long", "1 " + std::string(999, 'x') + "|" + std::string(501, 'x') + "|"}};
-  for (const auto& row : rows) EXPECT_EQ(section(file, row[0].c_str()), row[1]) << row[0];
+  EXPECT_EQ(section(file, "INSTALL"), "1 one|two # kept|");
+  EXPECT_EQ(section(file, "upgrade"), "1 three|");
+  EXPECT_EQ(section(file, "empty") + section(file, "special"), "1 0 ");
+  EXPECT_EQ(section(file, "long"),
+            "1 " + std::string(999, 'x') + "|" + std::string(501, 'x') + "|");
 }
 
 }  // namespace

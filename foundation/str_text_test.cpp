@@ -2,34 +2,23 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <string>
 
 namespace {
 
+// Copies, appends and replacements stay inside the buffer, may overlap their
+// source, and stop at an unterminated destination's end.
 TEST(StrText, CopiesAndAppendsStayInsideTheBuffer) {
-  char buf[8] = "zzzzzzz", a[10] = "abc", b[10] = "abc", p[8] = "world";
+  char buf[8] = "zzzzzzz", a[10] = "abc";
   char full[4] = {'a', 'b', 'c', 'd'};  // unterminated: cut, never overrun
   EXPECT_EQ(str_copy(buf, "abc", 0), 0);
   EXPECT_STREQ(buf, "zzzzzzz");  // size 0 writes nothing
-  EXPECT_EQ(str_copy(buf, "abcdefghijk", sizeof buf) + str_copy(buf, buf + 2, sizeof buf), 12);
+  EXPECT_EQ(str_copy(buf, "abcdefghijk", sizeof buf), 7);
+  EXPECT_EQ(str_copy(buf, buf + 2, sizeof buf), 5);
   EXPECT_STREQ(buf, "cdefg");  // the second copy overlapped
   EXPECT_STREQ(str_append(a, "defghijkl", sizeof a), "abcdefghi");
-  EXPECT_EQ(str_append_short(b, "defghijkl", sizeof b), 8);  // one byte more in reserve
   EXPECT_STREQ(str_append(full, "x", sizeof full), "abc");
-  EXPECT_STREQ(str_prepend(p, "hi", sizeof p), "hiworld");
-  EXPECT_EQ(str_prepend(p, "x", sizeof p), nullptr);  // the lengths reach size
   EXPECT_EQ(str_copy_until("key=value", "=:", buf, sizeof buf), 3);
-  char number[16] = "-1234567.5";
-  EXPECT_STREQ(str_group_thousands(number, 10), "-1,234,567");  // within max_len
-  char* text = str_append_heap(str_append_heap(nullptr, "ab"), "cd");
-  text = str_append_heap(text, text + 1);  // source inside the moving text
-  EXPECT_STREQ(text, "abcdbcd");
-  str_free(&text);
-}
-
-TEST(StrText, ReplaceAllIsBoundedAndMayWorkInPlace) {
   char out[16] = "$x and $x";
   EXPECT_STREQ(str_replace_all(out, "$x", "yy", out, sizeof out), "yy and yy");
   const char* rows[][4] = {{"a.b.c", ".", nullptr, "abc"},
@@ -47,16 +36,11 @@ TEST(StrText, ComparesFoldOnlyAsciiLetters) {
   EXPECT_EQ(str_icmp("Install", "iNSTALL") + str_nicmp("HELLO", "help", 3), 0);
   EXPECT_LT(str_icmp("abc", "ABD"), 0);
   EXPECT_GT(str_icmp("abcd", "ABC"), 0);
-  const char* text = "Path/to/PATH/x";
-  EXPECT_EQ(str_irstr(text, "path") - str_istr(text, "path"), 8);
 }
 
 TEST(StrText, TrimTokensAndWords) {
-  const char* trims[][2] = {{"  value \r\n", "value"}, {"\t a b \t", "a b"}, {"   ", ""}};
-  for (const auto& row : trims) {
-    std::string text(row[0]);
-    EXPECT_STREQ(str_trim(text.data()), row[1]) << '"' << row[0] << '"';
-  }
+  std::string trimmed = "\t a b \r\n", blank = "   ";
+  EXPECT_EQ(std::string(str_trim(trimmed.data())) + str_trim(blank.data()), "a b");
   char line[] = "  Copy\t src  dst ";
   std::string tokens;
   char* cont = nullptr;

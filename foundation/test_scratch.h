@@ -78,11 +78,10 @@ class scratch_test : public ::testing::Test {
   void console(std::string_view input) {
     console_in_.reset(fopen(write_file("console.in", input).c_str(), "r"));
     console_out_.reset(fopen(path("console.out").c_str(), "w"));
-    ASSERT_TRUE(console_in_ && console_out_);
     console_set_streams(console_in_.get(), console_out_.get());
   }
   std::string printed() const {
-    if (console_out_) fflush(console_out_.get());
+    fflush(console_out_.get());
     return read_file("console.out");
   }
 

@@ -1,7 +1,6 @@
 #include "settings/ini_store.h"
 
 #include <cstdlib>
-#include <string>
 
 #include "foundation/test_scratch.h"
 
@@ -9,9 +8,9 @@ namespace {
 
 // "ba" falls back to "fixed", then to "a"; "loop" to itself; 99 is no index.
 constexpr ini_setting_def kDefs[] = {
-    {"single", "one", 0},    {"multi", "first", INI_MULTI}, {"fixed", "stone", INI_FIXED},
-    {"path", nullptr, 0x48}, {"single", "shadowed", 0},     {"a", "from a", 0},
-    {"ba", nullptr, 0},      {"loop", nullptr, 0},          {nullptr, nullptr, 0}};
+    {"single", "one", 0},        {"multi", "first", INI_MULTI}, {"fixed", "stone", INI_FIXED},
+    {"path", nullptr, INI_PATH}, {"single", "shadowed", 0},     {"a", "from a", 0},
+    {"ba", nullptr, 0},          {"loop", nullptr, 0},          {nullptr, nullptr, 0}};
 constexpr int kAssocs[] = {6, 2, 6, 5, 7, 7, 99, 0, -1};
 
 class Store : public scratch_test {
@@ -42,13 +41,10 @@ TEST_F(Store, NamesFindTheFirstSettingAndEmptyOnesFallBack) {
   EXPECT_EQ(ini_get_next(store_, "ba"), nullptr);
   EXPECT_EQ(ini_get(store_, "loop"), nullptr);  // no hang
   EXPECT_EQ(logged("Ini association index 99 invalid."), 1);
-  ini_add_options(store_, INI_OPT_HIDE_FIXED);
-  EXPECT_EQ(ini_get(store_, "fixed"), nullptr);
 }
 
-// An added value goes through the filters and the path rewriting, then the
-// fixed and empty checks; a single-valued setting loses the value after the
-// cursor.
+// An added value has its path separators rewritten, then meets the fixed
+// and empty checks; a single-valued setting loses the value after the cursor.
 TEST_F(Store, AddingAValueFollowsFlagsAndOptions) {
   // Each row: the setting, the value, the result, and the values afterwards.
   const char* rows[][4] = {{"single", "", "-1", "one,"},
@@ -87,34 +83,6 @@ TEST_F(Store, CreatedSettingsCollectValuesAndMaskedOnesStayOutOfTheLog) {
   EXPECT_EQ(logged("hunter"), 0);
   ini_clear_options(store_, INI_OPT_CREATE);
   EXPECT_EQ(ini_set(store_, "other", "x"), 0);
-}
-
-const char* add_suffix(const char* value) {
-  static std::string result;
-  result = std::string(value) + "+f";
-  return result.c_str();
-}
-
-// Filters apply to settings that carry a filter bit and share a bit with
-// them; taking a value out hands it over; name lists hold the store's names.
-TEST_F(Store, FiltersTakingAndNameLists) {
-  ini_set_load_fn(store_, add_suffix, INI_MULTI | INI_PATH);
-  ini_set(store_, "multi", "second");
-  ini_set(store_, "path", "p");
-  EXPECT_EQ(values("multi") + values("path"), "first,second,p+f,");
-  ini_get(store_, "multi");
-  ini_get_next(store_, "multi");  // cursor on "second"
-  std::string taken;
-  for (char* text : {ini_take_current_by_name(store_, "multi"), ini_take_first(store_, 1),
-                     ini_take_first(store_, 1)}) {
-    taken += (text != nullptr ? text : "(none)") + std::string(",");
-    free(text);
-  }
-  EXPECT_EQ(taken, "second,first,(none),");
-  dyn_list* names = ini_names_matching(store_, "s*");
-  EXPECT_EQ(list_count(names), 2);
-  EXPECT_EQ(names->items[0], ini_name_at(store_, 0));
-  list_free(&names);
 }
 
 }  // namespace
