@@ -2,8 +2,6 @@
 
 #include "foundation/test_scratch.h"
 
-namespace {
-
 using Console = scratch_test;
 
 // A line longer than the buffer is cut there, and the rest of it never
@@ -16,5 +14,3 @@ TEST_F(Console, ReadsLinesAndDropsWhatDoesNotFit) {
   EXPECT_EQ(answers, "abcd|yes\n|last|");
   EXPECT_EQ(printed(), std::string(999, 'x'));
 }
-
-}  // namespace

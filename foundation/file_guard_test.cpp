@@ -11,26 +11,23 @@ namespace {
 
 constexpr uid_t kOtherAccount = 33;  // www-data on Debian
 
-// A directory is trusted when root or the running user owns it and nobody
-// else may write to it, unless it is sticky.
-TEST(FileGuard, PrivateDirectoriesByOwnerModeAndStickyBit) {
-  const std::tuple<uid_t, mode_t, bool> rows[] = {
-      {0, 0755, true},  {0, 0775, false},  {0, 0757, false},
-      {0, 01777, true}, {33, 0755, false}, {33, 01777, false}};  // 33: www-data
-  for (const auto& [owner, mode, is_private] : rows) {
-    struct stat dir {};
-    dir.st_mode = S_IFDIR | mode;
-    dir.st_uid = owner;
-    EXPECT_EQ(file_dir_private(dir), is_private) << owner << " " << std::oct << mode;
-  }
-}
-
 using FileOpen = scratch_test;
 
 // What is opened by name: a link only for reading, and only one that root or
 // the running user made in a private directory; only regular files, never
 // blocking; a second name not for writing where others can make one.
 TEST_F(FileOpen, WhatIsOpenedByName) {
+  // A directory is trusted when root or the running user owns it and nobody
+  // else may write to it, unless it is sticky.
+  const std::tuple<uid_t, mode_t, bool> dirs[] = {
+      {0, 0755, true},  {0, 0775, false},  {0, 0757, false},
+      {0, 01777, true}, {33, 0755, false}, {33, 01777, false}};  // 33: www-data
+  for (const auto& [owner, mode, is_private] : dirs) {
+    struct stat dir {};
+    dir.st_mode = S_IFDIR | mode;
+    dir.st_uid = owner;
+    EXPECT_EQ(file_dir_private(dir), is_private) << owner << " " << std::oct << mode;
+  }
   write_file("file", "kept");
   write_file("dir/");
   ASSERT_EQ(symlink("file", path("own").c_str()), 0);

@@ -23,8 +23,7 @@ TEST(SectionFile, ReadsOnlyTheWantedSectionTrimmed) {
       "before\n[install]\n  one  \r\n\n# comment\ntwo # kept\n[Upgrade\n three\n[empty]\n"
       "[long]\n" +
       std::string(1500, 'x') + "\n";
-  EXPECT_EQ(section(file, "INSTALL"), "1 one|two # kept|");
-  EXPECT_EQ(section(file, "upgrade"), "1 three|");
+  EXPECT_EQ(section(file, "INSTALL") + section(file, "upgrade"), "1 one|two # kept|1 three|");
   EXPECT_EQ(section(file, "empty") + section(file, "special"), "1 0 ");
   EXPECT_EQ(section(file, "long"),
             "1 " + std::string(999, 'x') + "|" + std::string(501, 'x') + "|");

@@ -29,23 +29,20 @@ TEST(StrPath, PiecesOfAPath) {
                            {"e", "d\\n.c", "d\\n"},           {"d", "C:\\x/setup.q", "setup.q"}};
   for (const auto& row : rows)
     EXPECT_EQ(piece(row[0][0], row[1]), row[2]) << row[0] << " " << row[1];
-  char small[5], cwd[kPathSize], out[kPathSize];
+  char small[5];
   EXPECT_STREQ(str_abs_dir(small, "/abcdef/g", sizeof small), "/abc");
-  ASSERT_NE(str_getcwd(cwd, sizeof cwd), nullptr);  // where relative paths start
-  EXPECT_EQ(std::string(str_abs_dir(out, "./x/../y/f", sizeof out)), std::string(cwd) + "/y");
 }
 
 TEST(StrPath, JoinPutsOneSeparatorBetweenAndRewritesTheRest) {
   const char* rows[][3] = {{"dir/", "/file", "dir/file"}, {"", "file", "file"},
                            {"a\\b", "c\\d", "a/b/c/d"},   {"dir", "/file", "dir/file"},
-                           {"", "/abs", "/abs"},          {"abc", "defghij", "abc/defg"}};
+                           {"", "/abs", "/abs"},          {"", "", nullptr},
+                           {"abc", "defghij", "abc/defg"}};
   for (const auto& row : rows) {
     char buf[9];
     str_copy(buf, row[0], sizeof buf);
     EXPECT_STREQ(str_path_join(buf, row[1], sizeof buf), row[2]) << row[0] << " + " << row[1];
   }
-  char buf[16] = "";
-  EXPECT_EQ(str_path_join(buf, "", sizeof buf), nullptr);
 }
 
 }  // namespace

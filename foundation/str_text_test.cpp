@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -29,16 +30,14 @@ TEST(StrText, CopiesAndAppendsStayInsideTheBuffer) {
   }
 }
 
-TEST(StrText, ComparesFoldOnlyAsciiLetters) {
+// Compares fold only A-Z; a trim or a token edits its text in place.
+TEST(StrText, ComparesTrimsTokensAndWords) {
   for (int c = 0; c < 256; ++c) {
     ASSERT_EQ(str_fold(static_cast<char>(c)), static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c));
   }
   EXPECT_EQ(str_icmp("Install", "iNSTALL") + str_nicmp("HELLO", "help", 3), 0);
   EXPECT_LT(str_icmp("abc", "ABD"), 0);
   EXPECT_GT(str_icmp("abcd", "ABC"), 0);
-}
-
-TEST(StrText, TrimTokensAndWords) {
   std::string trimmed = "\t a b \r\n", blank = "   ";
   EXPECT_EQ(std::string(str_trim(trimmed.data())) + str_trim(blank.data()), "a b");
   char line[] = "  Copy\t src  dst ";
@@ -49,15 +48,12 @@ TEST(StrText, TrimTokensAndWords) {
     tokens += token + std::string("|");
   }
   EXPECT_EQ(tokens, "Copy|src|dst|");
-  // Each row: the text, then whether it is true and whether it is false.
-  const char* words[][2] = {{"Checked", "10"}, {"SELECTED", "10"}, {"y", "10"},
-                            {"2", "10"},       {"-7x", "10"},      {"OFF", "01"},
-                            {"No", "01"},      {"0", "01"},        {"a0", "01"},
-                            {"x", "00"},       {"ab0", "00"},      {"4294967296", "10"}};
-  for (const auto& row : words) {
-    EXPECT_EQ(std::to_string(str_is_true(row[0])) + std::to_string(str_is_false(row[0])), row[1])
-        << row[0];
-  }
+  // Each row: a text, then 10 when it is a true word, 1 when a false one.
+  const std::pair<const char*, int> words[] = {
+      {"Checked", 10}, {"SELECTED", 10}, {"y", 10}, {"2", 10}, {"-7x", 10}, {"OFF", 1},
+      {"No", 1},       {"0", 1},         {"a0", 1}, {"x", 0},  {"ab0", 0},  {"4294967296", 10}};
+  for (const auto& [text, kind] : words)
+    EXPECT_EQ(str_is_true(text) * 10 + str_is_false(text), kind) << text;
 }
 
 }  // namespace

@@ -78,12 +78,10 @@ class scratch_test : public ::testing::Test {
   void console(std::string_view input) {
     console_in_.reset(fopen(write_file("console.in", input).c_str(), "r"));
     console_out_.reset(fopen(path("console.out").c_str(), "w"));
+    setvbuf(console_out_.get(), nullptr, _IONBF, 0);
     console_set_streams(console_in_.get(), console_out_.get());
   }
-  std::string printed() const {
-    fflush(console_out_.get());
-    return read_file("console.out");
-  }
+  std::string printed() const { return read_file("console.out"); }
 
   std::string dir_;
   logger* log_ = nullptr;
