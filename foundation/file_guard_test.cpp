@@ -15,8 +15,9 @@ using FileOpen = scratch_test;
 
 // What is opened by name: a link only for reading, and only one that root or
 // the running user made in a private directory; only regular files, never
-// blocking; a second name not for writing where others can make one.
-TEST_F(FileOpen, WhatIsOpenedByName) {
+// blocking; a second name not for writing where others can make one. What
+// was written is finished only when the close succeeds too.
+TEST_F(FileOpen, WhatIsOpenedByNameAndFinished) {
   // A directory is trusted when root or the running user owns it and nobody
   // else may write to it, unless it is sticky.
   const std::tuple<uid_t, mode_t, bool> dirs[] = {
@@ -55,6 +56,11 @@ TEST_F(FileOpen, WhatIsOpenedByName) {
   EXPECT_EQ(read_file("file"), "kept");
   EXPECT_EQ(logged("Not following symbolic link '" + path("bad") + "'"), 2);
   EXPECT_EQ(logged("Not opening '" + path("fifo") + "', it is not a regular file"), 2);
+  // A write can fail as late as the close (a delayed write error); here the
+  // descriptor is gone under the stream.
+  FILE* written = file_open(path("written").c_str(), "w");
+  close(fileno(written));
+  EXPECT_EQ(file_finish(&written), 0);
 }
 
 }  // namespace
