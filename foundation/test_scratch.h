@@ -6,14 +6,15 @@
 //                           flushed on every line.
 //   path(name)              dir_ + "/" + name; a name starting with "/" is
 //                           used as it is.
-//   write_file(name, text)  writes text, making missing parent directories; a
-//                           name ending in "/" makes that directory instead.
-//                           Returns path(name).
+//   write_file(name, text)  writes text ("" when not given), making missing
+//                           parent directories; a name ending in "/" makes
+//                           that directory instead. Returns path(name).
 //   read_file(name)         the file's whole text; "" when it cannot be read.
 //   exists(name)            whether anything, a dangling link too, is there.
 //   logged(text)            how often text occurs in the log; 0 for never.
-//   console(input)          from now on the console reads input and writes to
-//                           "console.out" in dir_; printed() is what it wrote.
+//   console(input)          until the test ends the console reads input and
+//                           writes, unbuffered, to "console.out" in dir_;
+//                           printed() is what it has written.
 #pragma once
 
 #include <gtest/gtest.h>
