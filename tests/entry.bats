@@ -28,7 +28,7 @@ EOF
 @test "the files are named by argv[0] up to its first dot, in the working directory" {
   mkdir bin
   mv install bin/setup.bin.1
-  run $INSTALL_RUNNER bin/setup.bin.1 -version
+  run $INSTALL_RUNNER bin/setup.bin.1 -version < /dev/null
   [ "$status" -eq 0 ]
   [ ! -e bin/setup.log ]
   grep -q "Info: Log file opened in '$PRODUCT_DIR/setup.log'" setup.log

@@ -68,6 +68,7 @@ keep = \$(unknown)" ]
   [ "$(owner_mode $board/images/icons/x.svg)" = "www-data:www-data 644" ]
   [ "$(owner_mode $board/logs)" = "nobody:nogroup 755" ]
   [ "$(owner_mode www)" = "root:root 755" ]
+  log_has Info "Processing copy script..."
 }
 
 # Each row: value of sure | input | options | how the output ends. A failing

@@ -119,6 +119,7 @@ $PRODUCT_DIR/out|Copying files[]\nSuccess 0 bytes in 1 files copied\n
 EOF
   [ "$(cat out/label.txt)" = shelf ]
   log_has Info "Automated install/upgrade..."
+  log_has Error "Directory '/no/such/dir' must exist, No such file or directory"
 }
 
 @test "-special runs the tagged sections once, without the menu; -automate asks nothing there" {
