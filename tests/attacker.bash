@@ -1,0 +1,36 @@
+# Shared set-up of the attack tests: the program runs as root in a scratch
+# product directory; outside/ stands for root's files elsewhere on the host,
+# which no attack may change; docroot/ is the tree the web server's account
+# (www-data) may write into, and as_web runs the attacker's own steps.
+
+attack_setup() {
+  [ "$(id -u)" -eq 0 ] || skip "the program runs as root here"
+  getent passwd www-data >/dev/null || skip "no www-data account"
+  make_product_dir
+  widget_product
+  umask 022
+  chmod 0755 .
+  mkdir -p outside/dir docroot
+  printf 'secret\n' > outside/dir/secret.txt
+  chmod 0600 outside/dir/secret.txt
+}
+teardown() { remove_product_dir; }
+
+as_web() { setpriv --reuid=www-data --regid=www-data --clear-groups "$@"; }
+
+# web_file NAME TEXT: the web server's account writes TEXT to NAME.
+web_file() { as_web sh -c 'printf %s "$2" > "$1"' - "$1" "$2"; }
+
+# Every path below outside/ with its owner, mode, kind, size, link target and
+# the digest of each regular file. keep_outside takes it; outside_untouched
+# compares.
+snapshot_outside() {
+  find outside -printf '%p %U:%G %m %y %s %l\n' | sort
+  find outside -type f -exec md5sum {} + | sort
+}
+keep_outside() { OUTSIDE_BEFORE=$(snapshot_outside); }
+outside_untouched() {
+  local now
+  now=$(snapshot_outside)
+  [ "$now" = "$OUTSIDE_BEFORE" ] || { diff <(echo "$OUTSIDE_BEFORE") <(echo "$now"); return 1; }
+}
