@@ -12,20 +12,21 @@ setup() {
   make_product_dir
   widget_product
   umask 022
+  printf 'name anon\n' >> install.dat
 }
 teardown() { remove_product_dir; }
 
 as_nobody="setpriv --reuid=nobody --regid=nogroup --clear-groups"
 
-# Runs the program like talk, as nobody (who then owns the product
-# directory), so that file modes apply.
-talk_as_nobody() {
-  chown -R nobody:nogroup "$PRODUCT_DIR"
-  INSTALL_RUNNER="$as_nobody $INSTALL_RUNNER" talk "$@"
-}
-
 # make_file NAME KIB LETTER: a file of KIB kibibytes of one repeated letter.
 make_file() { head -c "$(($2 * 1024))" /dev/zero | tr '\0' "$3" > "$1"; }
+
+# script SECTION LINES...: the questions (none) and the copy lines of SECTION.
+script() {
+  printf '[%s]\n' "$1" | tee install.q > install.cpy
+  shift
+  printf '%s\n' "$@" >> install.cpy
+}
 
 # talk_on_small_disk INPUT ARGS...: like talk, with docroot a fresh 1 MiB
 # tmpfs that lives in a private mount namespace for the run; what the run
@@ -53,9 +54,7 @@ talk_on_small_disk() {
   local n
   for n in one two three; do make_file src/$n.bin 400 "${n:0:1}"; done
   printf 'small\n' > src/four.txt
-  printf '[install]\n' | tee install.q > install.cpy
-  printf 'CopyFile $(current_dir)/src/%s - $(current_dir)/docroot\n' \
-    one.bin two.bin three.bin four.txt >> install.cpy
+  script install 'CopyFile $(current_dir)/src/'{one.bin,two.bin,three.bin,four.txt}' - $(current_dir)/docroot'
   talk_on_small_disk '' -automate
   ran_cleanly
   [[ "$output" == *$'Copying files[..\nError: No space left on device\n]\nFailed, ' ]]
@@ -66,44 +65,33 @@ talk_on_small_disk() {
   log_has Info "Stop on fail set, stopping..."
 }
 
-@test "a disk that fills during a tree copy: every failure reported, the walk and the run go on" {
+@test "a disk that fills during a tree copy: every failure reported, the walk and the run go on; each file copied is whole" {
   mkdir -p src/site/a src/site/b
   local i file copied=0
   for i in 1 2 3 4 5 6; do make_file "src/site/a/file$i.bin" 150 "$i"; done
   cp src/site/a/* src/site/b/
-  printf '[install]\n' > install.q
-  printf '[install]\nCopyDir $(current_dir)/src/site - $(current_dir)/docroot\n' > install.cpy
-  printf 'WFile $(current_dir)/after.txt done\n' >> install.cpy
+  script install 'CopyDir $(current_dir)/src/site - $(current_dir)/docroot' \
+    'WFile $(current_dir)/after.txt done'
   talk_on_small_disk '' -automate
   ran_cleanly
   [[ "$output" == *$'Error: No space left on device\n'*$'\nSuccess '*' bytes in '*' files copied' ]]
   [ "$(cat after.txt)" = "done" ]
-  # Each installed file is whole, unless the log names it as failing.
-  local failing
-  failing=$(sed -n "s/^.*Error: Error writing to '\(.*\)', No space left on device$/\1/p" install.log)
-  [ -n "$failing" ]
-  while IFS= read -r file; do
+  for file in installed/site/*/*; do
     if cmp -s "src/${file#installed/}" "$file"; then
       copied=$((copied + 1))
     else
-      grep -qxF "$PRODUCT_DIR/docroot/${file#installed/}" <<< "$failing" || { echo "damaged: $file"; return 1; }
+      log_has Error "Error writing to '$PRODUCT_DIR/docroot/${file#installed/}', No space left on device"
     fi
-  done < <(find installed -type f)
+  done
   [ "$copied" -ge 4 ]
 }
 
 @test "settings files written to a full disk: the lines fail with the reason" {
   local full=$PRODUCT_DIR/docroot
-  printf 'name anon\n' >> install.dat
   printf 'WFile $(current_dir)/docroot/init.txt name - -\n' > install.int
   printf 'x = $(name)\n' > conf.in
-  printf '[remove]\n' > install.q
-  cat > install.cpy <<'EOF'
-[remove]
-WFile $(current_dir)/docroot/name.txt name
-Ini   $(current_dir)/conf.in  $(current_dir)/docroot/conf.ini
-WFile $(current_dir)/after.txt  name
-EOF
+  script remove 'WFile $(current_dir)/docroot/name.txt name' \
+    'Ini $(current_dir)/conf.in $(current_dir)/docroot/conf.ini' 'WFile $(current_dir)/after.txt name'
   SMALL_DISK_FULL=1 talk_on_small_disk $'3\n\n\n'
   ran_cleanly
   [[ "$output" == *$'Removing files[]\n Success 1 files removed\n'* ]]
@@ -120,15 +108,11 @@ EOF
   printf 'inside\n' > src/closed/inside.txt
   chmod 000 src/private.txt src/closed
   chmod 555 docroot/shut
-  printf '[remove]\n' > install.q
-  cat > install.cpy <<'EOF'
-[remove]
-CopyFile $(current_dir)/src/*.txt    - $(current_dir)/docroot/open
-CopyDir  $(current_dir)/src/closed   - $(current_dir)/docroot/open
-CopyFile $(current_dir)/src/public.txt - $(current_dir)/docroot/shut
-WFile    $(current_dir)/docroot/shut/VERSION  1.0
-EOF
-  talk_as_nobody $'3\n\n\n'
+  local dir=$PRODUCT_DIR
+  script remove "CopyFile $dir/src/*.txt - $dir/docroot/open" "CopyDir $dir/src/closed - $dir/docroot/open" \
+    "CopyFile $dir/src/public.txt - $dir/docroot/shut" "WFile $dir/docroot/shut/VERSION 1.0"
+  chown -R nobody:nogroup .
+  INSTALL_RUNNER="$as_nobody $INSTALL_RUNNER" talk $'3\n\n\n'
   ran_cleanly
   [ "$(cat docroot/open/public.txt)" = public ]
   [[ -f docroot/open/private.txt && ! -s docroot/open/private.txt ]]  # left empty, as documented
@@ -138,7 +122,6 @@ EOF
   # directory made for closed are the two steps done.
   [ "$(grep -c '^Error: Permission denied$' <<< "$output")" -eq 2 ]
   [[ "$output" == *$'\n Success 2 files removed\n'* ]]
-  local dir=$PRODUCT_DIR
   log_has Error "Error opening '$dir/src/private.txt' for read, Permission denied"
   log_has Error "Error opening dir '$dir/src/closed', Permission denied"
   log_has Error "Error opening '$dir/docroot/shut/public.txt' for write, Permission denied"
@@ -148,7 +131,6 @@ EOF
 # Each row: how the log is made unusable | who runs the program. The
 # dialogue and the file written are those of a run with a usable log.
 @test "a log that cannot be written costs only the log" {
-  printf 'name anon\n' >> install.dat
   printf '[install]\nText name - - 1 Your name\n' > install.q
   printf '[install]\nWFile $(current_dir)/name.txt name\n' > install.cpy
   talk $'1\nSam\n\n\n'
@@ -169,22 +151,17 @@ EOF
 
 # Each row: input | what the output ends with | whether the copy ran.
 @test "end of input at each kind of prompt ends the run cleanly" {
-  printf 'name anon\nsure yes\nplace /tmp\n' >> install.dat
-  cat > install.q <<'EOF'
-[install]
-Text     name  - - 1 Your name
-YN       sure  - - 2 Sure
-DirExist place - - 3 Where
-EOF
+  printf 'sure yes\nplace /tmp\n' >> install.dat
+  printf '[install]\nText name - - 1 Your name\nYN sure - - 2 Sure\nDirExist place - - 3 Where\n' > install.q
   printf '[install]\nWFile $(current_dir)/ran.txt name\n' > install.cpy
-  local menu_again=$'\n1. Install Widget\n2. Upgrade Widget\n3. Remove Widget\n4. Exit\nWhat would you like to do[1]? \n<Press enter to exit>'
+  local menu=$'\n1. Install Widget\n2. Upgrade Widget\n3. Remove Widget\n4. Exit\nWhat would you like to do[1]? \n<Press enter to exit>'
   while IFS='|' read -r input ending ran; do
     rm -f ran.txt
     printf -v input '%b' "$input"
     printf -v ending '%b' "$ending"
     talk "$input"
     ran_cleanly
-    [[ "$output" == *"${ending//MENU/$menu_again}" ]] || { echo "$output"; return 1; }
+    [[ "$output" == *"${ending//MENU/$menu}" ]] || { echo "$output"; return 1; }
     [ "$([ -e ran.txt ] && echo yes || echo no)" = "$ran" ]
   done <<'EOF'
 1\n\n|Sure [y]? MENU|no
@@ -197,16 +174,14 @@ EOF
 }
 
 @test "a line of a mebibyte at the menu and at each question" {
-  printf 'name anon\nsure yes\n' >> install.dat
+  printf 'sure yes\n' >> install.dat
   printf '[install]\nText name - - 1 Your name\nYN sure - - 2 Sure\n' > install.q
   printf '[install]\nWFile $(current_dir)/name.txt name\n' > install.cpy
   local big
   big=$(head -c 1048576 /dev/zero | tr '\0' 'x')
-
   talk "$big"$'\n4\n\n'
   ran_cleanly
   [ "$(grep -c 'That is not a recognised option, please try again' <<< "$output")" -eq 1 ]
-
   # Kept as the answer, cut at 999 characters; refused once as a yes or
   # no; read as no at the offer to change the answers.
   talk $'1\n'"$big"$'\n'"$big"$'\n\n'"$big"$'\n\n'

@@ -13,67 +13,47 @@ setup() {
   printf 'root only\n' > outside/secret
   chmod 0600 outside/secret
   chown www-data:www-data docroot
-  printf 'web_root %s/docroot\nsecret none\nname anon\n' "$PRODUCT_DIR" >> install.dat
+  printf 'web_root %s/docroot\nleak none\nsecret none\nname anon\n' "$PRODUCT_DIR" >> install.dat
   printf '[remove]\n' > install.q
-  keep_outside
 }
 
-# Each row: what www-data plants at docroot/data | the log line that refuses it.
-@test "RFile refuses what the web server's account plants at its name, and never blocks" {
-  printf 'RFile $(web_root)/data secret - -\n' > install.int
-  printf '[remove]\nWFile $(web_root)/public.txt secret\n' > install.cpy
-  while IFS='|' read -r plant refusal; do
-    rm -rf docroot/* install.log
-    as_web sh -c "$plant"
-    talk $'3\n\n\n'
-    ran_cleanly
-    log_has Error "Failed to read ($PRODUCT_DIR/docroot/data), $refusal"
-    [ "$(cat docroot/public.txt)" = none ]
-  done <<'EOF'
-ln -s ../outside/secret docroot/data|Too many levels of symbolic links
-mkfifo docroot/data|Invalid argument
-ln -s /dev/zero docroot/data|Too many levels of symbolic links
-EOF
-  outside_untouched
-}
-
-@test "RFile reads root's own files but no device, and nothing without bound" {
-  head -c 1100000 /dev/zero | tr '\0' x > big
-  ln -s /dev/urandom urandom
-  printf 'RFile %s/%s secret - -\n' "$PRODUCT_DIR" big "$PRODUCT_DIR" urandom "$PRODUCT_DIR" outside/secret > install.int
-  printf '[remove]\nWFile $(current_dir)/out.txt secret\n' > install.cpy
-  talk $'3\n\n\n'
-  ran_cleanly
-  log_has Error "Failed to read ($PRODUCT_DIR/big), File too large"
-  log_has Error "Failed to read ($PRODUCT_DIR/urandom), Invalid argument"
-  [ "$(cat out.txt)" = "root only" ]
-}
-
-@test "WFile and Ini write through no link, never block on a FIFO, never write a second name" {
-  printf 'x = $(name)\n' > conf.in
-  as_web mkfifo docroot/pipe.conf
+@test "files read or written by name: no link of the web server's account, no FIFO, no device, no second name, nothing without bound" {
+  local in=$PRODUCT_DIR/docroot
+  as_web ln -s ../outside/secret docroot/data
+  as_web ln -s /dev/zero docroot/zero
+  as_web mkfifo docroot/pipe
   as_web ln -s ../outside/secret docroot/link.conf
   # A second name for root's file, as the web server's account can make one
   # where fs.protected_hardlinks is 0 (made by root here: the setting is the
   # host's and stays as it is).
   ln outside/secret docroot/linked.conf
+  head -c 1100000 /dev/zero | tr '\0' x > big
+  ln -s /dev/urandom urandom
   keep_outside
-  printf 'WFile $(web_root)/pipe.conf name - -\n' > install.int
+  printf 'RFile %s leak - -\n' "$in/data" "$in/zero" "$in/pipe" "$PRODUCT_DIR/big" \
+    "$PRODUCT_DIR/urandom" > install.int
+  printf 'RFile %s/outside/secret secret - -\nWFile %s/pipe name - -\n' "$PRODUCT_DIR" "$in" >> install.int
+  printf 'x = $(name)\n' > conf.in
   cat > install.cpy <<'EOF'
 [remove]
-WFile $(web_root)/pipe.conf   name
+WFile $(web_root)/pipe        name
 WFile $(web_root)/link.conf   name
 Ini   $(current_dir)/conf.in  $(web_root)/link.conf
 Ini   $(current_dir)/conf.in  $(web_root)/linked.conf
 WFile $(web_root)/linked.conf name
-WFile $(web_root)/after.txt   name
+WFile $(current_dir)/out.txt  leak
+WFile $(current_dir)/root.txt secret
 EOF
   talk $'3\n\n\n'
   ran_cleanly
   outside_untouched
-  [ "$(cat docroot/after.txt)" = anon ]
-  local in=$PRODUCT_DIR/docroot
-  [ "$(grep -c "Failed to write ($in/pipe.conf), Invalid argument" install.log)" -eq 2 ]
+  [[ $(cat out.txt) = none && $(cat root.txt) = "root only" ]]
+  log_has Error "Failed to read ($in/data), Too many levels of symbolic links"
+  log_has Error "Failed to read ($in/zero), Too many levels of symbolic links"
+  log_has Error "Failed to read ($in/pipe), Invalid argument"
+  log_has Error "Failed to read ($PRODUCT_DIR/big), File too large"
+  log_has Error "Failed to read ($PRODUCT_DIR/urandom), Invalid argument"
+  [ "$(grep -c "Failed to write ($in/pipe), Invalid argument" install.log)" -eq 2 ]
   log_has Error "Failed to write ($in/link.conf), Too many levels of symbolic links"
   log_has Error "Error creating ini file '$in/link.conf', Too many levels of symbolic links"
   log_has Error "Failed to write ($in/linked.conf), Too many links"
@@ -83,6 +63,7 @@ EOF
 @test "the log: never through a link, always private, one line per message, unforeseeable rotation" {
   # A link at the log's name is not followed; the run goes on without a log.
   ln -s outside/secret install.log
+  keep_outside
   printf '[remove]\n' > install.cpy
   talk $'3\n\n\n'
   ran_cleanly
@@ -118,7 +99,8 @@ EOF
 @test "as root, a product directory or data file that every account may write is refused before anything is read" {
   printf '[remove]\nWFile $(current_dir)/ran.txt name\n' > install.cpy
   while IFS='|' read -r make what why; do
-    chmod 0755 . && chmod 0644 install.*
+    chmod 0755 .
+    chmod 0644 install.*
     eval "$make"
     talk $'3\n\n\n'
     [ "$status" -eq 1 ]
@@ -130,7 +112,8 @@ chmod 1777 .|run in '$PRODUCT_DIR'|it is a shared temporary directory; move the 
 chmod 0666 install.cpy|read '$PRODUCT_DIR/install.cpy'|every account may write to it; remove that permission (chmod o-w) first
 EOF
   # Another account running the program there risks only itself.
-  chmod 0777 . && chown -R nobody:nogroup .
+  chmod 0777 .
+  chown -R nobody:nogroup .
   INSTALL_RUNNER="setpriv --reuid=nobody --regid=nogroup --clear-groups $INSTALL_RUNNER" talk $'3\n\n\n'
   ran_cleanly
   [ -e ran.txt ]
