@@ -14,10 +14,8 @@
 #include "foundation/test_scratch.h"
 #include "settings/ini_store.h"
 
-struct copy_script_deleter {
-  void operator()(copy_script* script) const { copy_script_free(&script); }
-};
-using unique_script = std::unique_ptr<copy_script, copy_script_deleter>;
+using unique_script =
+    std::unique_ptr<copy_script, decltype([](copy_script* script) { copy_script_free(&script); })>;
 
 class copy_test : public scratch_test {
  protected:
@@ -44,9 +42,9 @@ class copy_test : public scratch_test {
   }
   // The section of a script file holding text.
   unique_script load(std::string_view text, const char* section = "install") {
-    write_file("test.cpy", here(text));
     unique_script script(copy_script_create(store_));
-    EXPECT_EQ(copy_script_load(script.get(), path("test.cpy").c_str(), section), 1);
+    EXPECT_EQ(copy_script_load(script.get(), write_file("test.cpy", here(text)).c_str(), section),
+              1);
     return script;
   }
 

@@ -36,35 +36,60 @@ TEST_F(copy_tree_test, CopyFindsDestinationDirectoriesByPattern) {
   EXPECT_FALSE(exists("www/siteX/a.php") || exists("www/site1/sub.php"));
   EXPECT_EQ(bytes_, 12u);
   EXPECT_EQ(run("CopyFile @/src/*.php - @/www/site3"), 0);  // a link is no directory
-  EXPECT_EQ(run("CopyFile @/src/*.php - @/nowhere/site1"), 0);
   EXPECT_EQ(logged("Error: No destination directories found\n"), 1);
-  EXPECT_EQ(logged("Error: No destination directories found, No such file or directory"), 1);
   EXPECT_EQ(run("CopyFile @/src/*.none - @/www/site1"), 0);
   EXPECT_EQ(logged(here("Info: No files found to copy in '@/src/' matching '*.none'")), 1);
 }
 
-// Every chunk arrives; a FIFO fails its step on either side, at once, and
-// the line goes on; a copy onto itself, through a second name too,
-// truncates nothing.
-TEST_F(copy_tree_test, CopyFileMovesEveryByteAndFailsStepByStep) {
-  std::string content(300000, 'x');  // more than two stream buffers
-  content[8191] = 'y';
-  content[131072] = 'w';
-  content.back() = 'z';
-  write_file("src/big", content);
+// A FIFO at a destination name fails its step at once and the line goes
+// on; a copy onto itself, through a second name too, truncates nothing.
+TEST_F(copy_tree_test, CopyFileWritesOnlyRegularFilesAndNeverItself) {
   write_file("src/pipe", "p");
-  write_file("dst/big", "old");
-  ASSERT_EQ(mkfifo(path("src/fifo").c_str(), 0600) | mkfifo(path("dst/pipe").c_str(), 0600), 0);
-  EXPECT_EQ(run("CopyFile @/src/* - @/dst"), 1);
-  EXPECT_EQ(read_file("dst/big"), content);
-  EXPECT_EQ(bytes_, 300000u);
-  EXPECT_EQ(std::multiset<int>(file_steps().begin(), file_steps().end()),
-            (std::multiset<int>{0, EINVAL, EINVAL}));
-  EXPECT_EQ(logged(here("Error opening '@/src/fifo' for read, Invalid argument")), 1);
+  write_file("src/big", "big");
   write_file("other/", "");
+  write_file("dst/", "");
+  ASSERT_EQ(mkfifo(path("dst/pipe").c_str(), 0600), 0);
+  EXPECT_EQ(run("CopyFile @/src/* - @/dst"), 1);
+  EXPECT_EQ(std::multiset<int>(file_steps().begin(), file_steps().end()),
+            (std::multiset<int>{0, EINVAL}));
   ASSERT_EQ(link(path("dst/big").c_str(), path("other/big").c_str()), 0);
   EXPECT_EQ(run("CopyFile @/dst/big - @/dst") + run("CopyFile @/other/big - @/dst"), 0);
-  EXPECT_EQ(read_file("dst/big"), content);
+  EXPECT_EQ(read_file("dst/big"), "big");
+}
+
+// Links in a tree: a copy never writes through one at a destination name,
+// dangling or not, and goes on past a linked directory; an owner change
+// changes the link itself, a mode change leaves it; a removal takes the link.
+TEST_F(copy_tree_test, LinksInATreeAreActedOnNeverFollowed) {
+  for (const char* f : {"src/a.html", "src/b.html", "src/c.html", "src/assets/images/x",
+                        "src/assets/css/c", "board/assets/", "outside/secret"}) {
+    write_file(f, f);
+  }
+  ASSERT_EQ(chmod(path("outside/secret").c_str(), 0600), 0);
+  const char* links[][2] = {{"board/a.html", "outside/secret"},
+                            {"board/b.html", "outside/new"},
+                            {"board/assets/images", "outside"},
+                            {"board/old.bak", "outside/secret"},
+                            {"old", "outside"}};
+  for (const auto& l : links) ASSERT_EQ(symlink(path(l[1]).c_str(), path(l[0]).c_str()), 0);
+  EXPECT_EQ(run("CopyFile @/src/*.html - @/board"), 1);
+  EXPECT_EQ(run("CopyDir @/src/assets - @/board"), 2);  // css made, c
+  EXPECT_EQ(std::multiset<int>(file_steps().begin(), file_steps().end()),
+            (std::multiset<int>{0, 0, 0, ELOOP, ELOOP, ELOOP}));
+  EXPECT_EQ(logged(here("Error opening '@/board/b.html' for write, Too many levels of symbolic")),
+            1);
+  EXPECT_EQ(logged(here("Not following symbolic link '@/board/assets/images', Too many")), 1);
+  EXPECT_EQ(run("Chown @/board - nobody") + run("Chmod @/board - 777"), 2 * 9);
+  EXPECT_EQ(status_of(path("board/a.html")).st_uid, 65534u);
+  EXPECT_EQ(run("RmFile @/board/*.bak -"), 1);
+  EXPECT_EQ(run("RmDir @/old -"), 1);
+  EXPECT_FALSE(exists("board/old.bak") || exists("old") || exists("outside/new") ||
+               exists("outside/x") || exists("outside/c"));
+  struct stat secret = status_of(path("outside/secret")), outside = status_of(path("outside"));
+  EXPECT_EQ(std::vector<unsigned>({secret.st_uid, secret.st_mode & 07777, outside.st_uid}),
+            std::vector<unsigned>({0, 0600, 0}));
+  EXPECT_NE(outside.st_mode & 07777, 0777u);
+  EXPECT_EQ(read_file("outside/secret"), "outside/secret");
 }
 
 // The pattern chooses at the top; exclusions hold at every level; a copy
@@ -86,30 +111,30 @@ TEST_F(copy_tree_test, CopyDirCopiesWholeTrees) {
 }
 
 // Removals match `not` against bare names, owner and mode changes against
-// full paths; a mode is read digit by digit without a check.
+// full paths; a mode is read digit by digit without a check; a user alone
+// names the group too.
 TEST_F(copy_tree_test, ExclusionsOfRemovalsOwnersAndModes) {
-  for (const char* f : {"r/a.log", "r/b.log", "r/keep.log", "r/d/inner", "r/e.txt"}) {
+  for (const char* f :
+       {"r/a.log", "r/keep.log", "r/d/inner", "r/e.txt", "m/a", "m/d/b", "m/skip"}) {
     write_file(f, "");
   }
-  EXPECT_EQ(run("RmFile @/r/* KEEP.log"), 3);
-  EXPECT_TRUE(exists("r/d/inner"));
+  EXPECT_EQ(run("RmFile @/r/* KEEP.log"), 2);
   EXPECT_EQ(run("RmDir @/r/* keep.log"), 2);
-  EXPECT_TRUE(!exists("r/d") && exists("r/keep.log"));
-  EXPECT_EQ(run("RmFile @/r/*.none -"), 0);
-
-  for (const char* f : {"m/a", "m/d/b", "m/skip"}) write_file(f, "");
+  EXPECT_TRUE(exists("r/keep.log") && !exists("r/d"));
   EXPECT_EQ(run("Chmod @/m/* *skip 750"), 3);
-  EXPECT_EQ(run("Chmod @/m/ skip 700"), 4);  // a bare name never matches a full path
-  EXPECT_EQ(run("Chmod @/m/a - 1a"), 1);     // 1*8 + ('a' - '0')
-  EXPECT_EQ(status_of(path("m/a")).st_mode & 07777, 071u);
-  EXPECT_EQ(status_of(path("m/d/b")).st_mode & 07777, 0700u);
+  EXPECT_EQ(run("Chmod @/m/ skip 700"), 4);
+  EXPECT_EQ(run("Chmod @/m/a - 1a"), 1);  // 1*8 + ('a' - '0')
+  EXPECT_EQ(std::vector<unsigned>(
+                {status_of(path("m/a")).st_mode & 07777, status_of(path("m/d/b")).st_mode & 07777}),
+            std::vector<unsigned>({071, 0700}));
   if (geteuid() != 0) GTEST_SKIP() << "owner changes need root";
   ini_set(store_, "owner", "www-data:nogroup");
   EXPECT_EQ(run("Chown @/m/* *skip $(owner)"), 3);
-  EXPECT_EQ(status_of(path("m/d/b")).st_uid + status_of(path("m/d")).st_gid, 33u + 65534u);
-  EXPECT_EQ(status_of(path("m/skip")).st_uid, 0u);
-  EXPECT_EQ(run("Chown @/m/skip - nobody"), 1);  // no group "nobody": gid follows uid
-  EXPECT_EQ(status_of(path("m/skip")).st_gid, 65534u);
+  EXPECT_EQ(run("Chown @/m/a - nobody"), 1);
+  EXPECT_EQ(
+      std::vector<unsigned>({status_of(path("m/d/b")).st_uid, status_of(path("m/d")).st_gid,
+                             status_of(path("m/skip")).st_uid, status_of(path("m/a")).st_gid}),
+      std::vector<unsigned>({33, 65534, 0, 65534}));
   EXPECT_EQ(run("Chown @/m/a - no_such_user"), 0);
   EXPECT_EQ(logged("Error: file_chown failed"), 1);
 }
@@ -143,10 +168,8 @@ TEST_F(copy_tree_test, LinesThroughAnotherAccountsLinkAreRefusedWhole) {
     EXPECT_EQ(run(line), 0) << line;
     EXPECT_EQ(file_steps(), steps{ELOOP}) << line;
   }
-  struct stat secret = status_of(path("outside/secret"));
-  EXPECT_TRUE(secret.st_uid == 0 && (secret.st_mode & 07777) != 0777);
-  EXPECT_FALSE(exists("outside/new") || exists("outside/dir") || exists("stolen") ||
-               exists("real/secret"));
+  EXPECT_EQ(status_of(path("outside/secret")).st_uid, 0u);
+  EXPECT_FALSE(exists("outside/new") || exists("stolen") || exists("real/secret"));
   EXPECT_EQ(logged(here("Error: Not following symbolic link '@/planted', "
                         "Too many levels of symbolic links")),
             13);

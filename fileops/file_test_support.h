@@ -12,8 +12,6 @@ inline std::vector<int>& file_steps() {
   static std::vector<int> steps;
   return steps;
 }
-// Clears the record and installs the recording callbacks; file_set_callbacks
-// with two nulls uninstalls them.
 inline void record_file_steps() {
   file_steps().clear();
   file_set_callbacks([](const char*, const char*, int) { file_steps().push_back(0); },

@@ -9,43 +9,6 @@
 
 namespace {
 
-TEST(WildMatch, TableRows) {
-  struct {
-    const char* text;
-    const char* pattern;
-    int exact;
-    int nocase;
-  } const rows[] = {
-      {"readme.txt", "*.txt", 1, 1},
-      {"readme.txt", "*.TXT", 0, 1},
-      {"abc", "abc*", 1, 1},
-      {"abc", "a?c", 1, 1},
-      {"abxc", "a*?c", 0, 0},
-      {"ab?c", "a*?c", 1, 1},
-      {"", "**", 1, 1},
-      {"", "", 1, 1},
-      {"abc", "", 0, 0},
-      {"README.txt", "read*", 0, 1},
-      {"ab", "abc", 0, 0},
-      {".hidden", "*", 1, 1},
-      {"aXbXc", "a*B*c", 0, 1},
-      {"abcabd", "*ab?", 1, 1},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(std::string(row.text) + " / " + row.pattern);
-    EXPECT_EQ(wild_match(row.text, row.pattern), row.exact);
-    EXPECT_EQ(wild_match_nocase(row.text, row.pattern), row.nocase);
-  }
-}
-
-TEST(WildMatch, ListsSplitOnRunsOfBlanksTabsAndCommas) {
-  EXPECT_EQ(wild_list_match("a.txt b.log", "*.log,*.tmp"), 1);
-  EXPECT_EQ(wild_list_match(" ,a.txt,\t b.log, ", "x  ,\t*.log"), 1);
-  EXPECT_EQ(wild_list_match("a.txt b.LOG", "*.log,*.tmp"), 0);
-  EXPECT_EQ(wild_list_match_nocase("a.txt b.LOG", "*.log,*.tmp"), 1);
-  EXPECT_EQ(wild_list_match("a.txt", " , \t") + wild_list_match(" ,, ", "*"), 0);
-}
-
 // The matching algorithm exactly as documented, exponential and all.
 int reference_match(const char* text, const char* pattern, bool exact) {
   if (*pattern == '\0') return *text == '\0';
@@ -63,6 +26,8 @@ int reference_match(const char* text, const char* pattern, bool exact) {
   return 0;
 }
 
+// Random texts and patterns of a few letters, "?" and "*", and a long text
+// against more runs of stars than a match remembers inline.
 TEST(WildMatch, AgreesWithTheDocumentedAlgorithm) {
   std::mt19937 random(12345);
   auto text_of = [&random](const char* alphabet, size_t size, unsigned max_length) {
@@ -79,12 +44,21 @@ TEST(WildMatch, AgreesWithTheDocumentedAlgorithm) {
           << "text '" << text << "' pattern '" << pattern << "' exact " << exact;
     }
   }
-  // Past the runs of stars a match remembers inline, against a long text.
   std::string text(1000, 'a');
   std::string pattern = "*a*a*a*a*a*a*a*a*a*a*a*a*a*a*a*a*a*a*a*b";
   EXPECT_EQ(wild_match(text.c_str(), pattern.c_str()), 0);
   text.back() = 'b';
   EXPECT_EQ(wild_match(text.c_str(), pattern.c_str()), 1);
+}
+
+TEST(WildMatch, NamesAndListsExactlyOrIgnoringCase) {
+  EXPECT_EQ(wild_match("readme.txt", "*.txt") + wild_match(".hidden", "*"), 2);
+  EXPECT_EQ(wild_match("readme.txt", "*.TXT") + wild_match("abxc", "a*?c"), 0);
+  EXPECT_EQ(wild_match_nocase("README.txt", "read*") + wild_match_nocase("ab?c", "a*?c"), 2);
+  EXPECT_EQ(wild_list_match(" ,a.txt,\t b.log, ", "x  ,\t*.log"), 1);
+  EXPECT_EQ(wild_list_match("a.txt b.LOG", "*.log,*.tmp"), 0);
+  EXPECT_EQ(wild_list_match_nocase("a.txt b.LOG", "*.log,*.tmp"), 1);
+  EXPECT_EQ(wild_list_match("a.txt", " , \t") + wild_list_match(" ,, ", "*"), 0);
 }
 
 }  // namespace

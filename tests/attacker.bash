@@ -1,7 +1,6 @@
-# Shared set-up of the attack tests: the program runs as root in a scratch
-# product directory; outside/ stands for root's files elsewhere on the host,
-# which no attack may change; docroot/ is the tree the web server's account
-# (www-data) may write into, and as_web runs the attacker's own steps.
+# Shared set-up of the attack tests, run as root: outside/ stands for root's
+# files elsewhere, which no attack may change; docroot/ is a tree the web
+# server's account (www-data) may write into; as_web runs its steps.
 
 attack_setup() {
   [ "$(id -u)" -eq 0 ] || skip "the program runs as root here"
@@ -21,8 +20,8 @@ as_web() { setpriv --reuid=www-data --regid=www-data --clear-groups "$@"; }
 # web_file NAME TEXT: the web server's account writes TEXT to NAME.
 web_file() { as_web sh -c 'printf %s "$2" > "$1"' - "$1" "$2"; }
 
-# Every path below outside/ with its owner, mode, kind, size, link target and
-# the digest of each regular file. keep_outside takes it; outside_untouched
+# keep_outside notes the owner, mode, kind, size and link target of every
+# path below outside/, and the digest of each file; outside_untouched
 # compares.
 snapshot_outside() {
   find outside -printf '%p %U:%G %m %y %s %l\n' | sort

@@ -1,9 +1,7 @@
 #!/usr/bin/env bats
-# Files the program opens by name, as root, in trees the web server's
-# account (www-data) can write: the init file's RFile and WFile, the copy
-# script's WFile and Ini, the log, and the product directory itself. Each
-# attack is made with the attacker's own account; root's stand-in files
-# (outside/) keep their owner, mode and contents.
+# Files the program opens by name, as root, where the web server's account
+# (www-data) can plant things: the init file's RFile and WFile, the copy
+# script's WFile and Ini, the log, and the product directory itself.
 
 load test_helper
 load attacker
@@ -17,21 +15,15 @@ setup() {
   printf '[remove]\n' > install.q
 }
 
-@test "files read or written by name: no link of the web server's account, no FIFO, no device, no second name, nothing without bound" {
+@test "files read or written by name: no link of the web server's account, no FIFO, no second name, nothing without bound" {
   local in=$PRODUCT_DIR/docroot
   as_web ln -s ../outside/secret docroot/data
-  as_web ln -s /dev/zero docroot/zero
   as_web mkfifo docroot/pipe
   as_web ln -s ../outside/secret docroot/link.conf
-  # A second name for root's file, as the web server's account can make one
-  # where fs.protected_hardlinks is 0 (made by root here: the setting is the
-  # host's and stays as it is).
-  ln outside/secret docroot/linked.conf
+  ln outside/secret docroot/linked.conf  # as www-data could with fs.protected_hardlinks=0
   head -c 1100000 /dev/zero | tr '\0' x > big
-  ln -s /dev/urandom urandom
   keep_outside
-  printf 'RFile %s leak - -\n' "$in/data" "$in/zero" "$in/pipe" "$PRODUCT_DIR/big" \
-    "$PRODUCT_DIR/urandom" > install.int
+  printf 'RFile %s leak - -\n' "$in/data" "$in/pipe" "$PRODUCT_DIR/big" > install.int
   printf 'RFile %s/outside/secret secret - -\nWFile %s/pipe name - -\n' "$PRODUCT_DIR" "$in" >> install.int
   printf 'x = $(name)\n' > conf.in
   cat > install.cpy <<'EOF'
@@ -49,10 +41,8 @@ EOF
   outside_untouched
   [[ $(cat out.txt) = none && $(cat root.txt) = "root only" ]]
   log_has Error "Failed to read ($in/data), Too many levels of symbolic links"
-  log_has Error "Failed to read ($in/zero), Too many levels of symbolic links"
   log_has Error "Failed to read ($in/pipe), Invalid argument"
   log_has Error "Failed to read ($PRODUCT_DIR/big), File too large"
-  log_has Error "Failed to read ($PRODUCT_DIR/urandom), Invalid argument"
   [ "$(grep -c "Failed to write ($in/pipe), Invalid argument" install.log)" -eq 2 ]
   log_has Error "Failed to write ($in/link.conf), Too many levels of symbolic links"
   log_has Error "Error creating ini file '$in/link.conf', Too many levels of symbolic links"
@@ -60,33 +50,18 @@ EOF
   log_has Error "Not writing '$in/linked.conf': it has other names and other accounts can change its directory"
 }
 
-@test "the log: never through a link, always private, one line per message, unforeseeable rotation" {
-  # A link at the log's name is not followed; the run goes on without a log.
-  ln -s outside/secret install.log
-  keep_outside
-  printf '[remove]\n' > install.cpy
-  talk $'3\n\n\n'
-  ran_cleanly
-  outside_untouched
-  [ -L install.log ]
-
-  # An existing log with a wider mode is made private before a line goes in.
-  rm install.log
-  printf 'old line\n' > install.log
-  chmod 0644 install.log
-  # A name with a line end in it, made in the tree by the web server's
-  # account, and logged when a backup of the tree makes that directory.
+@test "the log: one line per message whatever names it records, unforeseeable rotation" {
+  # A name with a line end in it, logged when a backup makes that directory.
   as_web mkdir "docroot/x"$'\n'"Sun Nov 22 10:00:00  [1] Info: forged"
   mkdir backup
   printf '[remove]\nCopyDir $(web_root) - $(current_dir)/backup\n' > install.cpy
   talk $'3\n\n\n'
   ran_cleanly
-  [ "$(stat -c %a install.log)" = 600 ]
   [ -z "$(grep '^Sun Nov 22 10:00:00  \[1\] Info: forged' install.log)" ]
   grep -qF 'x\nSun Nov 22 10:00:00  [1] Info: forged' install.log
 
-  # The rotation's temporary name is not the one an unseeded rand() gives,
-  # so a directory planted there does not stop it.
+  # A directory planted at the name an unseeded rand() gives does not stop
+  # the rotation.
   mkdir install.log.8469308861804289383
   head -c 1048500 /dev/zero | tr '\0' x > install.log
   talk $'3\n\n\n'
@@ -94,8 +69,7 @@ EOF
   [[ $(head -c 5 install.log0) = xxxxx && ! -e install.log1 && -d install.log.8469308861804289383 ]]
 }
 
-# Each row: how the product directory or a data file is opened to everyone |
-# what is refused | why.
+# Each row: how the directory or a data file is opened | what is refused | why.
 @test "as root, a product directory or data file that every account may write is refused before anything is read" {
   printf '[remove]\nWFile $(current_dir)/ran.txt name\n' > install.cpy
   while IFS='|' read -r make what why; do
@@ -111,10 +85,4 @@ chmod 0777 .|run in '$PRODUCT_DIR'|every account may write to it; move the produ
 chmod 1777 .|run in '$PRODUCT_DIR'|it is a shared temporary directory; move the product's files to a directory that only root can write
 chmod 0666 install.cpy|read '$PRODUCT_DIR/install.cpy'|every account may write to it; remove that permission (chmod o-w) first
 EOF
-  # Another account running the program there risks only itself.
-  chmod 0777 .
-  chown -R nobody:nogroup .
-  INSTALL_RUNNER="setpriv --reuid=nobody --regid=nogroup --clear-groups $INSTALL_RUNNER" talk $'3\n\n\n'
-  ran_cleanly
-  [ -e ran.txt ]
 }
