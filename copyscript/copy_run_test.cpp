@@ -23,35 +23,17 @@ TEST_F(copy_run_test, ControlSettingComparesIgnoringCase) {
   }
 }
 
-// A failed Rename, MkDir or Ini falls back to a plain copy.
-TEST_F(copy_run_test, FailedRenameMkDirAndIniFallBackToCopying) {
-  write_file("src/a.txt", "A");
-  write_file("dst/sub/", "");
-  write_file("dst/out.ini", "old");
-  EXPECT_EQ(run("Rename @/src/a.txt @/dst/sub"), 1);
-  EXPECT_EQ(logged(here("Error renaming '@/src/a.txt'->'@/dst/sub', Is a directory, Is a dir")), 1);
-  EXPECT_TRUE(exists("src/a.txt") && read_file("dst/sub/a.txt") == "A");
-  EXPECT_EQ(run("MkDir @/src/a.txt/inner"), 0);
-  EXPECT_EQ(logged("Error: No destination directories found"), 1);
-  EXPECT_EQ(run("Ini @/missing.tmpl @/dst/out.ini"), 0);
-  EXPECT_EQ(logged(here("Error: Error reading ini file '@/missing.tmpl', No such file")), 1);
-  EXPECT_EQ(read_file("dst/out.ini"), "");
-  EXPECT_EQ(run("Ini @/src/a.txt @/no/dir/out.ini"), 0);
-  EXPECT_EQ(logged(here("Error: Error creating ini file '@/no/dir/out.ini'")), 1);
-}
-
 TEST_F(copy_run_test, SingleOperations) {
   ini_set(store_, "greeting", "hello world");
   ini_set(store_, "ok", "no");
   EXPECT_EQ(run("WFile @/w.txt greeting") + run("WFile @/lit.txt literal"), 2);
   EXPECT_EQ(read_file("w.txt") + read_file("lit.txt"), "hello worldliteral");
-  EXPECT_EQ(run("WFile @/no/w.txt greeting"), 0);
-  EXPECT_EQ(logged(here("Error: Failed to write (@/no/w.txt), No such file")), 1);
   EXPECT_EQ(run("RFile @/w.txt greeting"), 1);  // opened for writing: emptied
   EXPECT_EQ(read_file("w.txt"), "");
   EXPECT_STREQ(ini_get(store_, "greeting"), "hello world");
-  EXPECT_EQ(run("RFile @/no/r.txt greeting"), 0);
-  EXPECT_EQ(logged(here("Error: Failed to read (@/no/r.txt)")), 1);
+  EXPECT_EQ(run("WFile @/no/w.txt greeting") + run("RFile @/no/r.txt greeting"), 0);
+  EXPECT_EQ(logged(here("Error: Failed to write (@/no/w.txt), No such file")), 1);
+  EXPECT_EQ(logged(here("Error: Failed to read (@/no/r.txt), No such file")), 1);
   EXPECT_EQ(run("Exist @/gone gone"), 1);
   EXPECT_STREQ(ini_get(store_, "gone"), "false");
 
@@ -62,7 +44,8 @@ TEST_F(copy_run_test, SingleOperations) {
   EXPECT_STREQ(copy_last_error(), "Disk  full");
   EXPECT_EQ(run("Bogus @/x"), 0);
   EXPECT_EQ(logged("Error: How did we get here!"), 1);
-  unique_script one = load("[install]\nMkDir @/made\n");
+  unique_script one(copy_script_create(store_));
+  ASSERT_EQ(copy_script_parse_line(one.get(), here("MkDir @/made").c_str()), 1);
   EXPECT_EQ(copy_line_run(one.get(), 1, nullptr), 0);  // past the last line
   EXPECT_FALSE(exists("made"));
 }

@@ -40,14 +40,6 @@ class copy_test : public scratch_test {
     EXPECT_EQ(copy_script_parse_line(script.get(), here(line).c_str()), 1) << line;
     return copy_line_run(script.get(), 0, &bytes_);
   }
-  // The section of a script file holding text.
-  unique_script load(std::string_view text, const char* section = "install") {
-    unique_script script(copy_script_create(store_));
-    EXPECT_EQ(copy_script_load(script.get(), write_file("test.cpy", here(text)).c_str(), section),
-              1);
-    return script;
-  }
-
   ini_store* store_ = ini_create();
   unsigned bytes_ = 0;
 };

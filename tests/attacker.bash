@@ -17,19 +17,13 @@ teardown() { remove_product_dir; }
 
 as_web() { setpriv --reuid=www-data --regid=www-data --clear-groups "$@"; }
 
-# web_file NAME TEXT: the web server's account writes TEXT to NAME.
-web_file() { as_web sh -c 'printf %s "$2" > "$1"' - "$1" "$2"; }
+web_file() { as_web sh -c 'printf %s "$2" > "$1"' - "$1" "$2"; }  # web_file NAME TEXT
 
-# keep_outside notes the owner, mode, kind, size and link target of every
-# path below outside/, and the digest of each file; outside_untouched
-# compares.
+# keep_outside notes every path below outside/ (owner, mode, kind, size,
+# link target, digest); outside_untouched compares.
 snapshot_outside() {
   find outside -printf '%p %U:%G %m %y %s %l\n' | sort
   find outside -type f -exec md5sum {} + | sort
 }
 keep_outside() { OUTSIDE_BEFORE=$(snapshot_outside); }
-outside_untouched() {
-  local now
-  now=$(snapshot_outside)
-  [ "$now" = "$OUTSIDE_BEFORE" ] || { diff <(echo "$OUTSIDE_BEFORE") <(echo "$now"); return 1; }
-}
+outside_untouched() { diff <(echo "$OUTSIDE_BEFORE") <(snapshot_outside); }

@@ -1,8 +1,6 @@
 #!/usr/bin/env bats
-# Faults met on the way: a disk that fills (a small tmpfs in a private mount
-# namespace), files that cannot be read or written (the program run as
-# nobody), a log that cannot be written, input that ends at any prompt or
-# comes as one huge line, data files that are binary, empty or unterminated.
+# Faults met on the way: a full disk, files that cannot be read or written, a
+# log that cannot be written, input that ends or runs long, broken data files.
 # Each ends with a clear message, status 0, nothing on standard error.
 
 load test_helper
@@ -21,22 +19,15 @@ as_nobody="setpriv --reuid=nobody --regid=nogroup --clear-groups"
 make_file() { head -c "$(($2 * 1024))" /dev/zero | tr '\0' "$3" > "$1"; }
 
 # script SECTION LINES...: no questions and these copy lines for SECTION.
-script() {
-  printf '[%s]\n' "$1" | tee install.q > install.cpy
-  shift
-  printf '%s\n' "$@" >> install.cpy
-}
+script() { printf '[%s]\n' "$1" | tee install.q > install.cpy; shift; printf '%s\n' "$@" >> install.cpy; }
 
-# talk_on_small_disk INPUT ARGS...: talk with docroot a fresh 1 MiB tmpfs,
-# full from the start with SMALL_DISK_FULL=1, in a private mount namespace;
-# what the run left there is copied to installed/.
+# talk_on_small_disk INPUT ARGS...: talk with docroot a 1 MiB tmpfs (full
+# with SMALL_DISK_FULL=1) in a private mount namespace, then copied to installed/.
 talk_on_small_disk() {
   unshare -m true 2>/dev/null || skip "private mount namespaces are not available"
-  local input=$1
-  shift
+  local input=$1; shift
   mkdir -p docroot installed
-  STDERR_FILE="$BATS_TEST_TMPDIR/stderr"
-  status=0
+  STDERR_FILE="$BATS_TEST_TMPDIR/stderr" status=0
   # shellcheck disable=SC2016 # expanded by the inner shell
   output=$(printf '%s' "$input" | timeout 120 unshare -m bash -c '
     mount --make-rprivate / && mount -t tmpfs -o size=1m tmpfs docroot || exit 90
@@ -77,9 +68,7 @@ talk_on_small_disk() {
   ran_cleanly
   [ "$(grep -c '^Error: No space left on device$' <<< "$output")" -eq 6 ]
   [ "$(cat after.txt)" = anon ]
-  for i in a/file1 a/file2 a/file3 b/file1 b/file2 b/file3; do
-    log_has Error "Error writing to '$full/site/$i.bin', No space left on device"
-  done
+  [ "$(grep -c "Error: Error writing to '$full/site/[ab]/file[123].bin', No space left on device$" install.log)" -eq 6 ]
   log_has Error "Failed to write ($full/init.txt), No space left on device"
   log_has Error "Failed to write ($full/name.txt), No space left on device"
   log_has Error "Error writing ini file '$full/conf.ini', No space left on device"
@@ -92,22 +81,20 @@ talk_on_small_disk() {
   printf 'private\n' > src/private.txt
   chmod 000 src/private.txt
   chmod 555 docroot/shut
-  script remove "CopyFile $dir/src/*.txt - $dir/docroot/open" \
-    "CopyFile $dir/src/public.txt - $dir/docroot/shut" "WFile $dir/docroot/shut/VERSION 1.0"
+  script remove "CopyFile $dir/src/*.txt - $dir/docroot/open" "CopyFile $dir/src/public.txt - $dir/docroot/shut"
   chown -R nobody:nogroup .
   INSTALL_RUNNER="$as_nobody $INSTALL_RUNNER" talk $'3\n\n\n'
   ran_cleanly
-  [[ $(grep -c '^Error: Permission denied$' <<< "$output") -eq 2 && $output == *$'\n Success 1 files removed\n'* ]]
+  [[ $(grep -c '^Error: Permission denied$' <<< "$output") -eq 2 ]]
+  [[ $output == *$'\n Success 1 files removed\n'* ]]
   [ "$(cat docroot/open/public.txt)" = public ]
   [[ -f docroot/open/private.txt && ! -s docroot/open/private.txt ]]  # left empty, as documented
-  [[ ! -e docroot/shut/public.txt && ! -e docroot/shut/VERSION ]]
+  [ ! -e docroot/shut/public.txt ]
   log_has Error "Error opening '$dir/src/private.txt' for read, Permission denied"
   log_has Error "Error opening '$dir/docroot/shut/public.txt' for write, Permission denied"
-  log_has Error "Failed to write ($dir/docroot/shut/VERSION), Permission denied"
 }
 
-# Each row: how the log is made unusable | who runs the program. The
-# dialogue and the file written are those of a run with a usable log.
+# Each row: how the log is made unusable | who runs the program.
 @test "a log that cannot be written costs only the log" {
   printf '[install]\nText name - - 1 Your name\n' > install.q
   printf '[install]\nWFile $(current_dir)/name.txt name\n' > install.cpy
@@ -134,11 +121,10 @@ EOF
   printf '[install]\nText name - - 1 Your name\nYN sure - - 2 Sure\nDirExist place - - 3 Where\n' > install.q
   printf '[install]\nWFile $(current_dir)/ran.txt name\n' > install.cpy
   local menu=$'\n1. Install Widget\n2. Upgrade Widget\n3. Remove Widget\n4. Exit\nWhat would you like to do[1]? '
-  local copied=$'Copying files[]\nSuccess 0 bytes in 1 files copied\n\n<Press enter to exit>' big
-  big=$(head -c 1048576 /dev/zero | tr '\0' x)
+  local copied=$'Copying files[]\nSuccess 0 bytes in 1 files copied\n\n<Press enter to exit>'
   while IFS='|' read -r input ending ran refused; do
     rm -f ran.txt
-    printf -v input '%b' "${input//BIG/$big}"
+    printf -v input '%b' "${input//BIG/$(head -c 1048576 /dev/zero | tr '\0' x)}"
     printf -v ending '%b' "${ending//MENU/$menu}"
     talk "$input"
     ran_cleanly
@@ -157,25 +143,19 @@ EOF
   log_has Info "End of input at 'place', taken as 'q'"
 }
 
-# Each data file in turn is binary (random bytes with NULs), empty, or lacks
-# its final line end; an unterminated last line is still read.
-@test "binary, empty and unterminated data files" {
-  local binary="$BATS_TEST_TMPDIR/binary" file kind
-  head -c 4096 /dev/urandom > "$binary"
-  printf 'x\0[install]\0\nText\0name - - 1 Q\n\0' >> "$binary"
+# Each data file in turn is empty, or lacks its final line end (binary data
+# is the fuzz targets' part).
+@test "empty and unterminated data files" {
+  local file kind
   for file in install.dat install.int install.q install.cpy blurb.txt; do
-    for kind in binary empty unterminated; do
+    for kind in empty unterminated; do
       printf 'product Widget\nname anon\n' > install.dat
       printf 'Copy greeting name - -\n' > install.int
       printf '[install]\nText name - - 1 Your name\n' > install.q
       printf '[install]\nWFile $(current_dir)/name.txt greeting\n' > install.cpy
       printf 'Thanks, $(name)\n' > blurb.txt
       rm -f name.txt install.log
-      case $kind in
-        binary) cp "$binary" "$file" ;;
-        empty) : > "$file" ;;
-        unterminated) printf '%s' "$(cat "$file")" > "$file" ;;
-      esac
+      if [ $kind = empty ]; then : > "$file"; else printf '%s' "$(cat "$file")" > "$file"; fi
       talk $'1\n\n\n\n'
       ran_cleanly || { echo "$file $kind"; return 1; }
       [[ "$output" == *$'\n<Press enter to exit>' ]] || { echo "$file $kind: $output"; return 1; }

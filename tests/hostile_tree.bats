@@ -11,7 +11,6 @@ setup() {
   attack_setup
   mkdir -p docroot/board src backup
   chown -R www-data:www-data docroot/board
-  printf 'victim\n' > outside/victim.html
   printf 'index\n' > src/index.html
   printf '%s %s/%s\n' web_root "$PRODUCT_DIR" docroot src "$PRODUCT_DIR" src \
     backup "$PRODUCT_DIR" backup >> install.dat
@@ -38,7 +37,7 @@ errors() { grep -c "^Error: $1\$" <<< "$output"; }
   web_file "$board/..\\..\\outside\\victim.html" mine
   web_file "$board/lnk\\secret.txt" mine
   as_web ln -s "$PRODUCT_DIR/outside/dir" $board/lnk
-  as_web ln -s "$PRODUCT_DIR/outside/victim.html" $board/steal.html
+  as_web ln -s "$PRODUCT_DIR/outside/dir/secret.txt" $board/steal.html
   as_web mkfifo $board/wait.html
   run_harden 'Chown $(web_root)/board - root:root
 Chmod $(web_root)/board - 640
@@ -53,7 +52,7 @@ RmDir $(web_root)/board -'
   [[ $(errors "$loop") -eq 4 && $(errors "Invalid argument") -eq 1 ]]
   [ "$(cat "backup/board/..\\..\\outside\\dir/secret.txt")" = mine ]
   [ "$(cat "backup/board/lnk\\secret.txt")" = mine ]
-  [ -z "$(grep -rl victim backup)" ]
+  [ -z "$(grep -rlx secret backup)" ]
   [ ! -e $board ]
 }
 

@@ -8,8 +8,6 @@ load attacker
 
 setup() {
   attack_setup
-  printf 'root only\n' > outside/secret
-  chmod 0600 outside/secret
   chown www-data:www-data docroot
   printf 'web_root %s/docroot\nleak none\nsecret none\nname anon\n' "$PRODUCT_DIR" >> install.dat
   printf '[remove]\n' > install.q
@@ -17,20 +15,19 @@ setup() {
 
 @test "files read or written by name: no link of the web server's account, no FIFO, no second name, nothing without bound" {
   local in=$PRODUCT_DIR/docroot
-  as_web ln -s ../outside/secret docroot/data
+  as_web ln -s ../outside/dir/secret.txt docroot/data
   as_web mkfifo docroot/pipe
-  as_web ln -s ../outside/secret docroot/link.conf
-  ln outside/secret docroot/linked.conf  # as www-data could with fs.protected_hardlinks=0
+  ln outside/dir/secret.txt docroot/linked.conf  # as www-data could with fs.protected_hardlinks=0
   head -c 1100000 /dev/zero | tr '\0' x > big
   keep_outside
   printf 'RFile %s leak - -\n' "$in/data" "$in/pipe" "$PRODUCT_DIR/big" > install.int
-  printf 'RFile %s/outside/secret secret - -\nWFile %s/pipe name - -\n' "$PRODUCT_DIR" "$in" >> install.int
+  printf 'RFile %s/outside/dir/secret.txt secret - -\nWFile %s/pipe name - -\n' "$PRODUCT_DIR" "$in" >> install.int
   printf 'x = $(name)\n' > conf.in
   cat > install.cpy <<'EOF'
 [remove]
 WFile $(web_root)/pipe        name
-WFile $(web_root)/link.conf   name
-Ini   $(current_dir)/conf.in  $(web_root)/link.conf
+WFile $(web_root)/data        name
+Ini   $(current_dir)/conf.in  $(web_root)/data
 Ini   $(current_dir)/conf.in  $(web_root)/linked.conf
 WFile $(web_root)/linked.conf name
 WFile $(current_dir)/out.txt  leak
@@ -39,13 +36,13 @@ EOF
   talk $'3\n\n\n'
   ran_cleanly
   outside_untouched
-  [[ $(cat out.txt) = none && $(cat root.txt) = "root only" ]]
+  [[ $(cat out.txt) = none && $(cat root.txt) = secret ]]
   log_has Error "Failed to read ($in/data), Too many levels of symbolic links"
   log_has Error "Failed to read ($in/pipe), Invalid argument"
   log_has Error "Failed to read ($PRODUCT_DIR/big), File too large"
   [ "$(grep -c "Failed to write ($in/pipe), Invalid argument" install.log)" -eq 2 ]
-  log_has Error "Failed to write ($in/link.conf), Too many levels of symbolic links"
-  log_has Error "Error creating ini file '$in/link.conf', Too many levels of symbolic links"
+  log_has Error "Failed to write ($in/data), Too many levels of symbolic links"
+  log_has Error "Error creating ini file '$in/data', Too many levels of symbolic links"
   log_has Error "Failed to write ($in/linked.conf), Too many links"
   log_has Error "Not writing '$in/linked.conf': it has other names and other accounts can change its directory"
 }
@@ -73,9 +70,7 @@ EOF
 @test "as root, a product directory or data file that every account may write is refused before anything is read" {
   printf '[remove]\nWFile $(current_dir)/ran.txt name\n' > install.cpy
   while IFS='|' read -r make what why; do
-    chmod 0755 .
-    chmod 0644 install.*
-    eval "$make"
+    chmod 0755 .; chmod 0644 install.*; eval "$make"
     talk $'3\n\n\n'
     [ "$status" -eq 1 ]
     [ "$output" = "Error: Refusing to $what, $why" ] || { echo "$output"; return 1; }
