@@ -19,9 +19,7 @@ TEST_F(QuestionFile, ParsesEveryLineShape) {
       {"Exist $(root)/a found extra", "512|found|~|~|~|$(root)/a", nullptr},
       {"Textual a - - 1 Hi", "0|a|~|~|1|Hi", "Unknown question type 'Textual'"},
       {"Text", "1|~|~|~|~|~", "Missing setting label"},
-      {"Dir d", "4|d|~|~|~|~", "Missing control"},
       {"File f c", "8|f|c|~|~|~", "Missing control comparison"},
-      {"YN want_db - - 12", "2|want_db|~|~|12|~", "Missing question text"},
       {"Exist /tmp/x", "512|~|~|~|~|/tmp/x", "Missing Help ID text"},
   };
   for (const auto& row : rows) {

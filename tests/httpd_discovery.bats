@@ -1,9 +1,7 @@
 #!/usr/bin/env bats
-# Web-server discovery through the real program, at the fixed system paths:
-# configuration files are put there inside a private mount namespace where
-# /etc, /usr and /opt are overlays whose changes vanish with it. The host's
-# own files are never touched. The four HTTP_ init commands' values and
-# failure flags are read back from the files that WFile lines write.
+# Web-server discovery at the fixed system paths, put in place inside a private
+# mount namespace (the host's files are never touched); the HTTP_ init
+# commands' values and failure flags are read back from WFile lines' files.
 
 load test_helper
 
@@ -19,19 +17,15 @@ setup() {
   : > install.dat
   printf 'HTTP_%s %s %s - -\n' User web_user user_failed Group web_group group_failed \
     Root web_root root_failed Scripts cgi_dir cgi_failed > install.int
-  local name
   for name in "${VALUES[@]}"; do echo "WFile out.$name $name - -" >> install.int; done
 }
 teardown() { remove_product_dir; }
 
-# Runs SETUP (shell text) and then ./install -automate "${args[@]}" inside a
-# private mount namespace whose /etc, /usr and /opt are overlays, with every
-# candidate and every known layout emptied first, and the accounts of the
-# platforms' servers added. In SETUP, `place N FILE` puts FILE at candidate N
-# and `layout NAME` copies a folder of tests/data/httpd-layouts into place.
+# Runs SETUP, then ./install -automate "${args[@]}", where /etc, /usr and /opt
+# are overlays without any known layout and with the platforms' server accounts.
+# SETUP may `place N FILE` at candidate N, or copy a `layout NAME` into place.
 run_in_namespace() {
-  rm -rf layers out.* install.log
-  mkdir layers
+  rm -rf layers out.* install.log && mkdir layers
   run env CANDIDATE_LIST="${CANDIDATES[*]}" unshare -m bash -c '
     set -e
     mount --make-rprivate /
@@ -49,14 +43,12 @@ run_in_namespace() {
     candidates=($CANDIDATE_LIST)
     place() { mkdir -p "$(dirname "${candidates[$1 - 1]}")"; cp "$2" "${candidates[$1 - 1]}"; }
     layout() { for top in "$LAYOUTS/$1"/*/; do cp -a "$top" /; done; }
-    args=()
     eval "$1"
     exec timeout 60 $INSTALL_RUNNER ./install -automate "${args[@]}" < /dev/null
   ' run_in_namespace "$1"
 }
 
-# The four values, the four failure flags (their names when not set) and the
-# first message printed.
+# The values, the failure flags (their names when not set), the first message.
 found() {
   local name line=
   for name in "${VALUES[@]}"; do line+="$(cat "out.$name")|"; done
@@ -72,15 +64,12 @@ found() {
 
 @test "real-world files and stock layouts: the values each server runs with, or the failure" {
   local cgid='ln -s ../mods-available/cgid.load /etc/apache2/mods-enabled/cgid.load'
-  # The web server's account plants a link in a directory an include reads,
-  # to a root-only file that would make its own directory the document root.
+  # The web server's account links a root-only file into an included directory.
   local planted='chmod 1777 /etc/apache2/conf-enabled; mkdir -m 700 /etc/secret;'
   planted+=' echo "DocumentRoot /var/www/planted" > /etc/secret/root.conf;'
   planted+=' setpriv --reuid=www-data --regid=www-data --clear-groups ln -s /etc/secret/root.conf /etc/apache2/conf-enabled/zz.conf'
-  # A FIFO and a device at the first places are passed over, never waited on.
   local blocking='mkdir -p /etc/apache /etc/httpd/conf; mkfifo /etc/apache/httpd.conf;'
   blocking+=' ln -s /dev/zero /etc/httpd/conf/httpd.conf'
-  # The operator's -httpd-conf file alone is read, whatever is installed.
   local given="printf 'User root\nGroup root\nDocumentRoot /srv/given\nScriptAlias /cgi-bin/ /srv/cgi/\n'"
   given+=" > given.conf; layout debian; args=(-httpd-conf given.conf)"
   local ok='user_failed|group_failed|root_failed|cgi_failed|'
@@ -110,11 +99,9 @@ found() {
   for row in "${rows[@]}"; do
     IFS='|' read -r prepare expected <<< "$row"
     run_in_namespace "$prepare"
-    echo "$prepare: $(found)"
-    [ "$status" -eq 0 ]
-    [ "$(found)" = "$expected" ]
+    [ "$status" -eq 0 ] || { echo "$prepare: status $status, $output"; false; }
+    [ "$(found)" = "$expected" ] || { echo "$prepare: $(found)"; false; }
   done
-  # The last row's values, each with the line it came from.
   log_has Info "User [www-data] found in /etc/apache2/apache2.conf:115"
   log_has Info "ScriptAlias [/usr/lib/cgi-bin/] found in /etc/apache2/conf-enabled/serve-cgi-bin.conf:11"
 }

@@ -1,7 +1,6 @@
 #!/usr/bin/env bats
-# Start-up through the real program: the run-time settings file (install.dat)
-# and the init file's commands (install.int), whose results are read back
-# from the files that WFile lines write.
+# Start-up: install.dat and the init file's commands, whose results are read
+# back from the files that WFile lines write.
 
 load test_helper
 
@@ -17,9 +16,7 @@ teardown() { remove_product_dir; }
   : > empty.txt
   printf '%s\n' 'Exist $(current_dir)/app found - -' 'Exist $(current_dir)/nothing none - -' \
     'Copy copied product - -' 'Copy literal no_such_setting - -' 'TimeDate year_format year - -' \
-    'RFile $(current_dir)/in.txt read - -' \
-    'RFile $(current_dir)/empty.txt kept - -' > install.int
-  local name
+    'RFile $(current_dir)/in.txt read - -' 'RFile $(current_dir)/empty.txt kept - -' > install.int
   for name in found none copied literal year read kept; do echo "WFile out.$name $name - -"; done >> install.int
   run program -automate < /dev/null
   [ "$status" -eq 0 ]
