@@ -146,7 +146,7 @@ apply_mutant() {
 
 # ---- the runs ------------------------------------------------------------------
 
-export ASAN_OPTIONS=detect_leaks=1:halt_on_error=1:abort_on_error=1:strict_string_checks=1
+export ASAN_OPTIONS=detect_leaks=1:halt_on_error=1:abort_on_error=1:strict_string_checks=1:hard_rss_limit_mb=3000
 export UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
 
 build() { cmake --build "$build" -j2 > "$work/build.log" 2>&1; }
