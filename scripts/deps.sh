@@ -26,24 +26,9 @@ command -v mount >/dev/null || need+=(mount)
 getent passwd www-data >/dev/null && getent passwd nobody >/dev/null &&
   getent group nogroup >/dev/null || need+=(base-passwd)
 [ -x /usr/bin/time ] || need+=(time)
-# Debian's web server for tests/httpd_debian_server.bats: its libraries, and
-# the packages themselves downloaded (never installed) into a cache.
-server_libs=(libapr1 libaprutil1 libargon2-1 libsodium23 libxml2 libssl3)
-dpkg -s "${server_libs[@]}" >/dev/null 2>&1 || need+=("${server_libs[@]}")
-command -v curl >/dev/null || need+=(curl)
-command -v ip >/dev/null || need+=(iproute2)
-deb_cache=${INSTALL_DEB_CACHE:-/var/tmp/install-debs}
-server_debs=(apache2 apache2-bin libapache2-mod-php8.2)
 if [ ${#need[@]} -gt 0 ]; then
   echo "Installing: ${need[*]}"
   export DEBIAN_FRONTEND=noninteractive
   apt-get update -qq
   apt-get install -y -qq "${need[@]}"
 fi
-for deb in "${server_debs[@]}"; do
-  if ! ls "$deb_cache/${deb}_"*.deb >/dev/null 2>&1; then
-    mkdir -p "$deb_cache"
-    [ -n "${apt_updated:-}" ] || { apt-get update -qq; apt_updated=1; }
-    (cd "$deb_cache" && apt-get download -qq "$deb")
-  fi
-done
