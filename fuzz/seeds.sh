@@ -22,7 +22,7 @@ case $target in
   copy_script) with_sections examples/install.cpy ;;
   question_file) with_sections examples/install.q ;;
   init_file) cp examples/install.int "$out/example.int" ;;
-  runtime_settings) cp examples/install.dat "$out/example.dat" ;;
+  runtime_settings | answers) cp examples/install.dat "$out/example.dat" ;;
   httpd_conf)
     find tests/data -name '*.conf' -type f | while read -r conf; do
       cp "$conf" "$out/$(echo "${conf#tests/data/}" | tr / _)"
