@@ -1,8 +1,9 @@
 #!/usr/bin/env bats
-# install -check: a corpus of products with one planted mistake each
-# (tests/data/check/<case>/: the product's files and `expected`, the exact
-# output), and the example product, which checks clean without running a
-# thing.
+# install -check: a corpus of products with one planted mistake each, and
+# the example product, which checks clean without running a thing. Each case
+# (tests/data/check/<case>/) is the product in clean/ with the case's own
+# files laid over it and the files its `absent` names taken away; `expected`
+# is the exact output.
 
 load test_helper
 
@@ -17,7 +18,9 @@ clear_product_dir() { find . -mindepth 1 -maxdepth 1 ! -name install -exec rm -r
   for case in "$BATS_TEST_DIRNAME"/data/check/*/; do
     name=$(basename "$case")
     clear_product_dir
-    cp -r "$case". . && rm expected
+    cp -r "$BATS_TEST_DIRNAME"/data/check/clean/. . && cp -r "$case". .
+    [ ! -f absent ] || xargs rm -f < absent
+    rm -f expected absent
     talk "" -check
     want_status=0
     tail -n 1 "$case/expected" | grep -q '^0 errors' || want_status=1
