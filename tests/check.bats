@@ -1,9 +1,10 @@
 #!/usr/bin/env bats
 # install -check: a corpus of products with one planted mistake each, and
 # the example product, which checks clean without running a thing. Each case
-# (tests/data/check/<case>/) is the product in clean/ with the case's own
-# files laid over it and the files its `absent` names taken away; `expected`
-# is the exact output.
+# (tests/data/check/<case>/) is the product in clean/ changed as the case
+# says: <file>.sed edits that file (the planted mistake, by line), other
+# files are laid over it, and the files its `absent` names are taken away;
+# `expected` is the exact output.
 
 load test_helper
 
@@ -20,7 +21,8 @@ clear_product_dir() { find . -mindepth 1 -maxdepth 1 ! -name install -exec rm -r
     clear_product_dir
     cp -r "$BATS_TEST_DIRNAME"/data/check/clean/. . && cp -r "$case". .
     [ ! -f absent ] || xargs rm -f < absent
-    rm -f expected absent
+    for edit in *.sed; do [ ! -f "$edit" ] || sed -i -f "$edit" "${edit%.sed}"; done
+    rm -f expected absent ./*.sed
     talk "" -check
     want_status=0
     tail -n 1 "$case/expected" | grep -q '^0 errors' || want_status=1

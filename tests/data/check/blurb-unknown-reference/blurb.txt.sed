@@ -1,0 +1,2 @@
+2c\
+Open http://$(host)/$(app_dri)/ to see it.

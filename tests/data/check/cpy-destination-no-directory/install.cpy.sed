@@ -1,0 +1,2 @@
+8c\
+CopyDir   $(current_dir)/htdocs/images   -       images

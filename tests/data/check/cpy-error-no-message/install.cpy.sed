@@ -1,0 +1,2 @@
+4c\
+Error     kit_ok

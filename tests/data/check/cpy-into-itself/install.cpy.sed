@@ -1,0 +1,2 @@
+8c\
+CopyDir   $(web_root)/$(app_dir)/images   -      $(web_root)/$(app_dir)

@@ -1,0 +1,2 @@
+24c\
+MkDir     $(backup_dir)/widget-*

@@ -1,0 +1,2 @@
+11c\
+Chmod     $(web_root)/$(app_dir)/*.cgi   -   785

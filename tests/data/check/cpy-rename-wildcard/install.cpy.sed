@@ -1,0 +1,2 @@
+16c\
+Rename    $(web_root)/$(app_dir)/*.ini      $(web_root)/$(app_dir)/site.ini.old   have_conf

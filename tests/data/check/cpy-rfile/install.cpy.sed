@@ -1,0 +1,2 @@
+$a\
+RFile     $(web_root)/$(app_dir)/VERSION   version

@@ -1,0 +1,2 @@
+21c\
+RmDir     $(web_root)/$(app_dir)

@@ -1,0 +1,2 @@
+6c\
+MkDir     $(web_root)/$(app_dir)/cache   usecache

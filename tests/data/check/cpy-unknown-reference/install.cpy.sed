@@ -1,0 +1,2 @@
+5c\
+MkDir     $(web_root)/$(appdir)

@@ -1,0 +1,2 @@
+12c\
+Chown     $(web_root)/$(app_dir)         -   nosuchuser-check

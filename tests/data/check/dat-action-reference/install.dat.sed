@@ -1,0 +1,2 @@
+$a\
+greeting       Welcome to the $(action)

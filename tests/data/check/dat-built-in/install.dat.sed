@@ -1,0 +1,2 @@
+$a\
+action         upgrade

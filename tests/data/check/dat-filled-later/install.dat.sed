@@ -1,0 +1,2 @@
+$a\
+site_dir       $(web_root)/widget

@@ -1,0 +1,2 @@
+4c\
+title          $(title) on $(host)

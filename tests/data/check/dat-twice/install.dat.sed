@@ -1,0 +1,2 @@
+$a\
+app_dir        gadget

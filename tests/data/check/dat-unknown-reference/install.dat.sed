@@ -1,0 +1,2 @@
+4c\
+title          Widget on $(hostname)

@@ -1,0 +1,2 @@
+14c\
+no_httpd_root  true

@@ -1,0 +1,3 @@
+$a\
+Exist      $(previous)/index.html  installed  -  -\
+Copy       previous     web_root       -              -

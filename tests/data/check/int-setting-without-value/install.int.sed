@@ -1,0 +1,2 @@
+6c\
+Copy       action       upgrade        installed      -

@@ -1,0 +1,2 @@
+7c\
+TimeDate   date_format  install_date

@@ -1,0 +1,2 @@
+6c\
+copy       action       upgrade        installed      true

@@ -1,0 +1,2 @@
+5c\
+Exist      $(web_root)/$(app_name)/index.html  installed  -  -

@@ -1,0 +1,2 @@
+8c\
+Text      app_dir     use_cache

@@ -1,0 +1,2 @@
+$a\
+have_backups   false

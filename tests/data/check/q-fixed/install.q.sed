@@ -1,0 +1,2 @@
+9c\
+Text      host        -           -      5  Name of this host

@@ -1,0 +1,2 @@
+2i\
+Text      title       -           -      0  Title

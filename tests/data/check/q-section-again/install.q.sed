@@ -1,0 +1,4 @@
+$a\
+\
+[Install]\
+Text      title       -           -      6  Title

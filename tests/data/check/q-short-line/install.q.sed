@@ -1,0 +1,2 @@
+9c\
+YN        use_cache   -           -      5

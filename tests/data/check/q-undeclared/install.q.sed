@@ -1,0 +1,2 @@
+9c\
+YN        use_log     -           -      5  Keep a log

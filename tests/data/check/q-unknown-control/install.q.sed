@@ -1,0 +1,2 @@
+9c\
+YN        use_cache   use_cach         -      5  Keep a cache

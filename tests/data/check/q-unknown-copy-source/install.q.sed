@@ -1,0 +1,2 @@
+5c\
+Copy      make_root   -           -      2  create_dir

@@ -1,0 +1,2 @@
+8c\
+Text      app_dir     -           -      4  Folder under $(webroot)

@@ -1,0 +1,2 @@
+3c\
+title = $(titel)
