@@ -264,17 +264,12 @@ void take_line(ini_store* store, const std::string& file, int line_number, const
 bool copy_check_file(ini_store* store, const char* path, const std::string& file,
                      check_report* report) {
   if (path == nullptr || report == nullptr) return false;
-  errno = 0;
-  const unique_file stream(file_open(path, "r"));
-  if (!stream) {
-    char reason[kLineSize];
-    check_error(report, file, 0,
-                "cannot be read (%s): every action asks its questions and then does nothing, "
-                "without a word; put the copy script in the directory the installer is started "
-                "from",
-                str_last_error(reason, sizeof reason));
-    return false;
-  }
+  const unique_file stream =
+      check_open(path, file, report,
+                 "every action asks its questions and then does nothing, "
+                 "without a word; put the copy script in the directory the installer is started "
+                 "from");
+  if (!stream) return false;
   check_sectioned_file(stream.get(), file, report, [&](const std::string&, int line, char* text) {
     take_line(store, file, line, text, report);
   });

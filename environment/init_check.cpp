@@ -145,17 +145,12 @@ void record_uses(const std::string& file, int line, const init_command& stored,
 
 void init_check_file(const char* path, const std::string& file, check_report* report) {
   if (path == nullptr || report == nullptr) return;
-  errno = 0;
-  const unique_file stream(file_open(path, "r"));
-  if (!stream) {
-    char reason[kLineSize];
-    check_error(report, file, 0,
-                "cannot be read (%s): a run prints \"Error: Failed to load init file\" and ends "
-                "before the menu; put the init file in the directory the installer is started "
-                "from (comments alone will do)",
-                str_last_error(reason, sizeof reason));
-    return;
-  }
+  const unique_file stream =
+      check_open(path, file, report,
+                 "a run prints \"Error: Failed to load init file\" and ends "
+                 "before the menu; put the init file in the directory the installer is started "
+                 "from (comments alone will do)");
+  if (!stream) return;
   init_command pending;
   carried from;
   check_read_lines(stream.get(), kLineSize, [&](int line, char* text) {

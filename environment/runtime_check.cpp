@@ -89,17 +89,12 @@ void check_name(ini_store* store, const dat_line& at, std::map<std::string, int>
 void runtime_settings_check(ini_store* store, const char* path, const std::string& file,
                             check_report* report) {
   if (store == nullptr || path == nullptr || report == nullptr) return;
-  errno = 0;
-  const unique_file stream(file_open(path, "r"));
-  if (!stream) {
-    char reason[kLineSize];
-    check_error(report, file, 0,
-                "cannot be read (%s): a run ends at once, before the banner, without a word on "
-                "the console; put the run-time settings file in the directory the installer is "
-                "started from",
-                str_last_error(reason, sizeof reason));
-    return;
-  }
+  const unique_file stream =
+      check_open(path, file, report,
+                 "a run ends at once, before the banner, without a word on "
+                 "the console; put the run-time settings file in the directory the installer is "
+                 "started from");
+  if (!stream) return;
   std::map<std::string, int> first;
   int index = kRuntimeBuiltIns;
   check_read_lines(stream.get(), kLineSize, [&](int line, char* text) {

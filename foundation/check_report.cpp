@@ -1,11 +1,13 @@
 #include "foundation/check_report.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdarg>
 #include <cstring>
 #include <string_view>
 
 #include "foundation/console.h"
+#include "foundation/file_guard.h"
 #include "foundation/formatter.h"
 #include "foundation/logger.h"
 #include "foundation/section_file.h"
@@ -50,6 +52,18 @@ void check_error(check_report* report, const std::string& file, int line, const 
   va_start(args, format);
   add_message(report, file, line, check_severity::error, format, args);
   va_end(args);
+}
+
+unique_file check_open(const char* path, const std::string& file, check_report* report,
+                       const char* then) {
+  errno = 0;
+  unique_file stream(file_open(path, "r"));
+  if (!stream) {
+    char reason[kLineSize];
+    check_error(report, file, 0, "cannot be read (%s): %s", str_last_error(reason, sizeof reason),
+                then);
+  }
+  return stream;
 }
 
 void check_warning(check_report* report, const std::string& file, int line, const char* format,

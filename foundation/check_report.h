@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/handles.h"
 #include "foundation/logger.h"
 
 enum class check_severity { error, warning };
@@ -62,6 +63,12 @@ void check_error(check_report* report, const std::string& file, int line, const 
     __attribute__((format(printf, 4, 5)));
 void check_warning(check_report* report, const std::string& file, int line, const char* format, ...)
     __attribute__((format(printf, 4, 5)));
+
+// Opens the product file at path for reading as a run does. When it cannot
+// be, reports "cannot be read (<reason>): <then>" as an error of file (no
+// line) and returns no stream.
+unique_file check_open(const char* path, const std::string& file, check_report* report,
+                       const char* then);
 
 // Hands each piece that fgets reads with a bound of size (at most size-1
 // characters, as every reader of the data files reads them) to on_line, with

@@ -245,17 +245,12 @@ struct section_text {
 
 bool question_check_file(const char* path, const std::string& file, check_report* report) {
   if (path == nullptr || report == nullptr) return false;
-  errno = 0;
-  const unique_file stream(file_open(path, "r"));
-  if (!stream) {
-    char reason[kLineSize];
-    check_error(report, file, 0,
-                "cannot be read (%s): every action fails before its first question (\"Error "
-                "loading questions\" in the log) and does nothing; put the question file in the "
-                "directory the installer is started from",
-                str_last_error(reason, sizeof reason));
-    return false;
-  }
+  const unique_file stream =
+      check_open(path, file, report,
+                 "every action fails before its first question (\"Error "
+                 "loading questions\" in the log) and does nothing; put the question file in the "
+                 "directory the installer is started from");
+  if (!stream) return false;
   std::vector<section_text> sections;
   check_sectioned_file(stream.get(), file, report,
                        [&](const std::string& section, int line, char* text) {
