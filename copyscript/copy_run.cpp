@@ -21,7 +21,7 @@ std::string g_last_error;
 
 // Template lines are read with a limit of 3,000 bytes.
 constexpr int k_template_line_size = 3000;
-// Owner specifications keep at most 998 characters, file lines read back 998.
+// Owner texts (user:group) keep at most 998 characters, file lines read back 998.
 constexpr int k_owner_size = kLineMax;
 constexpr int k_read_line_size = kLineMax;
 // Modes keep their low 16 bits.
