@@ -19,8 +19,6 @@ namespace {
 // Text of the last failing "Error" line.
 std::string g_last_error;
 
-// Template lines are read with a limit of 3,000 bytes.
-constexpr int k_template_line_size = 3000;
 // Owner texts (user:group) keep at most 998 characters, file lines read back 998.
 constexpr int k_owner_size = kLineMax;
 constexpr int k_read_line_size = kLineMax;
@@ -31,8 +29,9 @@ const char* text_of(const std::optional<std::string>& field) {
   return field ? field->c_str() : nullptr;
 }
 
-// Whether the line's control setting lets it run. Compared ignoring case.
-bool control_allows(ini_store* store, const copy_line& line) {
+}  // namespace
+
+bool copy_line_allowed(ini_store* store, const copy_line& line) {
   const char* value = line.control ? ini_get(store, line.control->c_str()) : nullptr;
   if (value == nullptr) return true;
   std::string control(value);
@@ -44,6 +43,42 @@ bool control_allows(ini_store* store, const copy_line& line) {
   if (compare == nullptr) return str_is_true(control.c_str()) != 0;
   return str_icmp(control.c_str(), compare) == 0;
 }
+
+std::string copy_template_line(copy_script* script, char* text) {
+  char* line = str_trim(text);
+  char* expanded = copy_expand(script, line);
+  std::string rendered(expanded != nullptr ? expanded : line);
+  str_free(&expanded);
+  return rendered + "\n";
+}
+
+void copy_owner_ids(copy_script* script, const copy_line& line, int* uid, int* gid) {
+  char owner[k_owner_size];
+  str_copy(owner, text_of(line.destination), k_owner_size);
+  ini_expand(script->store, text_of(line.destination), owner, k_owner_size);
+  std::string user(owner);
+  std::string group(owner);
+  size_t colon = user.find(':');
+  if (colon != std::string::npos) {
+    group = user.substr(colon + 1);
+    user.resize(colon);
+  }
+  *uid = file_user_id(user.c_str());
+  log_debug("Found user id for '%s'=%d", user.c_str(), *uid);
+  *gid = file_group_id(group.c_str());
+  log_debug("Found group id for '%s'=%d", group.c_str(), *gid);
+}
+
+// Octal digits, read without any check of the characters.
+int copy_line_mode(const copy_line& line) {
+  unsigned mode = 0;
+  for (const char* c = text_of(line.destination); c != nullptr && *c != '\0'; ++c) {
+    mode = mode * 8 + static_cast<unsigned>(*c - '0');
+  }
+  return static_cast<int>(mode & k_mode_mask);
+}
+
+namespace {
 
 // Writes the template at source to destination, line by line, trimmed and
 // with settings expanded (unknown references kept).
@@ -61,10 +96,7 @@ int write_ini(copy_script* script, const char* source, const char* destination) 
   log_info("Writing INI file '%s' to '%s'", source, destination);
   char buffer[k_template_line_size];
   while (fgets(buffer, sizeof buffer, in.get()) != nullptr) {
-    char* line = str_trim(buffer);
-    char* expanded = copy_expand(script, line);
-    fprintf(out.get(), "%s\n", expanded != nullptr ? expanded : line);
-    str_free(&expanded);
+    fputs(copy_template_line(script, buffer).c_str(), out.get());
   }
   if (ferror(in.get())) return 0;
   FILE* written = out.release();
@@ -101,37 +133,17 @@ int run_exist(ini_store* store, const copy_line& line) {
 }
 
 int run_chown(copy_script* script, const copy_line& line) {
-  char owner[k_owner_size];
-  str_copy(owner, text_of(line.destination), k_owner_size);
-  ini_expand(script->store, text_of(line.destination), owner, k_owner_size);
-  std::string user(owner);
-  std::string group(owner);
-  size_t colon = user.find(':');
-  if (colon != std::string::npos) {
-    group = user.substr(colon + 1);
-    user.resize(colon);
-  }
-  int uid = file_user_id(user.c_str());
-  log_debug("Found user id for '%s'=%d", user.c_str(), uid);
-  int gid = file_group_id(group.c_str());
-  log_debug("Found group id for '%s'=%d", group.c_str(), gid);
+  int uid = -1;
+  int gid = -1;
+  copy_owner_ids(script, line, &uid, &gid);
   if (!line.source) return 0;
   return copy_tree_chown(copy_path_dir(*line.source).c_str(),
                          copy_path_source_pattern(*line.source).c_str(), text_of(line.not_list),
                          uid, gid);
 }
 
-// Octal digits, read without any check of the characters.
-int parse_mode(const char* text) {
-  unsigned mode = 0;
-  for (const char* c = text; c != nullptr && *c != '\0'; ++c) {
-    mode = mode * 8 + static_cast<unsigned>(*c - '0');
-  }
-  return static_cast<int>(mode & k_mode_mask);
-}
-
 int run_chmod(const copy_line& line) {
-  int mode = parse_mode(text_of(line.destination));
+  int mode = copy_line_mode(line);
   if (!line.source) return 0;
   return copy_tree_chmod(copy_path_dir(*line.source).c_str(),
                          copy_path_source_pattern(*line.source).c_str(), text_of(line.not_list),
@@ -211,7 +223,7 @@ std::string failure_reason(const copy_script* script, int index, unsigned errors
 int copy_line_run(copy_script* script, int index, unsigned* bytes_out) {
   const copy_line* line = copy_line_at(script, index);
   if (line == nullptr) return 0;
-  if (!control_allows(script->store, *line)) {
+  if (!copy_line_allowed(script->store, *line)) {
     log_debug("Doing nothing due to controlling setting");
     return -1;
   }

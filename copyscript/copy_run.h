@@ -30,6 +30,26 @@ int copy_script_run(copy_script* script, int* files_out, unsigned* bytes_out, in
 // are added to *bytes_out when given.
 int copy_line_run(copy_script* script, int index, unsigned* bytes_out);
 
+// Whether the line's control setting lets it run: no control setting, or
+// one that is not set, lets it; with a comparison (a setting's value, else
+// the text itself) the two must be equal ignoring case; without one the
+// setting must read as true.
+bool copy_line_allowed(ini_store* store, const copy_line& line);
+
+// Ini templates are read in pieces of at most 2,999 bytes; each piece is one
+// line of the written file.
+inline constexpr int k_template_line_size = 3000;
+// One piece of an Ini template as written: trimmed, settings expanded
+// (unknown references kept), "\n" added.
+std::string copy_template_line(copy_script* script, char* piece);
+
+// The user and group ids a Chown line names ("user:group", or one name for
+// both, settings expanded); -1 for a name this host does not know.
+void copy_owner_ids(copy_script* script, const copy_line& line, int* uid, int* gid);
+// The mode a Chmod line names: its octal digits, taken as they stand, low
+// 16 bits kept.
+int copy_line_mode(const copy_line& line);
+
 // The text of the last failing "Error" line, "" when none failed yet. Stays
 // valid until the next failing "Error" line.
 const char* copy_last_error();

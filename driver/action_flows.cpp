@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "copyscript/copy_plan.h"
 #include "copyscript/copy_run.h"
 #include "copyscript/copy_script.h"
 #include "driver/answers.h"
@@ -88,23 +89,45 @@ std::string line_failure(const copy_script* script, const copy_first_failure& fa
          (destination != nullptr ? std::string(" -> ") + destination : "") + "): " + failure.why;
 }
 
-void report_run(const flow_kind& kind, int succeeded, int files, unsigned bytes,
-                const std::string& failure) {
+// What a finished copy script prints after its "]": the failure with the
+// Error line's text (reason, "" when none failed), or the success count.
+std::string outcome_text(const flow_kind& kind, bool succeeded, int files, unsigned bytes,
+                         const char* reason, const std::string& failure) {
+  char text[kLineSize];
   if (!succeeded) {
     // With -status a failure without an Error line's text says why here.
-    const char* reason = copy_last_error();
-    if (status_mode() && reason[0] == '\0') {
-      console_printf("]\nFailed, %s\n", failure.c_str());
-    } else {
-      console_printf("]\nFailed, %s", reason);
-    }
-  } else if (kind.report == success_report::bytes_and_files) {
-    console_printf("]\nSuccess %d bytes in %d files copied\n", static_cast<int>(bytes), files);
-  } else if (kind.report == success_report::files_removed) {
-    console_printf("]\n Success %d files removed\n", files);
-  } else {
-    console_printf("]\n Success %d files done.\n", files);
+    if (status_mode() && reason[0] == '\0') return "Failed, " + failure + "\n";
+    return std::string("Failed, ") + reason;
   }
+  if (kind.report == success_report::bytes_and_files) {
+    snprintf(text, sizeof text, "Success %d bytes in %d files copied\n", static_cast<int>(bytes),
+             files);
+  } else if (kind.report == success_report::files_removed) {
+    snprintf(text, sizeof text, " Success %d files removed\n", files);
+  } else {
+    snprintf(text, sizeof text, " Success %d files done.\n", files);
+  }
+  return text;
+}
+
+// Prints the plan of the loaded script and what the run would end with.
+copy_first_failure plan_run(copy_script* script, const flow_kind& kind) {
+  console_printf("Plan of %s, nothing is changed:\n", kind.heading);
+  copy_plan_result planned;
+  const bool succeeded = copy_script_plan(script, kind.stop_on_fail, &planned) != 0;
+  const copy_first_failure& failure = planned.failure;
+  const std::string why = failure.index >= 0 ? line_failure(script, failure) : "";
+  const bool error_line = failure.index >= 0 && copy_type(script, failure.index) == k_copy_error;
+  const std::string shown =
+      outcome_text(kind, succeeded, planned.files, kind.count_bytes ? planned.bytes : 0,
+                   error_line ? failure.why.c_str() : "", why);
+  const size_t start = shown.find_first_not_of(' ');
+  const size_t end = shown.find_last_not_of('\n');
+  console_printf("\nThe run would end with: %s\n",
+                 shown.substr(start, end == std::string::npos ? 0 : end + 1 - start).c_str());
+  if (failure.index >= 0)
+    run_status_set(kExitFailed, 0, "%s would fail: %s", kind.heading, why.c_str());
+  return failure;
 }
 
 // Loads and runs the section; true when every line of it succeeded.
@@ -115,14 +138,17 @@ bool run_copy_script(ini_store* store, const flow_kind& kind) {
   copy_script_set_callbacks(script, copy_progress, copy_failure);
   copy_first_failure failure;
   const bool loaded = copy_script_load(script, path, kind.section) != 0;
-  if (loaded) {
+  if (loaded && plan_mode()) {
+    failure = plan_run(script, kind);
+  } else if (loaded) {
     console_print(kind.before_run);
     int files = 0;
     unsigned bytes = 0;
     int succeeded = copy_script_run(script, &files, kind.count_bytes ? &bytes : nullptr,
                                     kind.stop_on_fail, &failure);
     const std::string why = failure.index >= 0 ? line_failure(script, failure) : "";
-    report_run(kind, succeeded, files, bytes, why);
+    console_print("]\n");
+    console_print(outcome_text(kind, succeeded != 0, files, bytes, copy_last_error(), why).c_str());
     if (failure.index >= 0)
       run_status_set(kExitFailed, 0, "%s failed: %s", kind.heading, why.c_str());
   } else {
@@ -138,7 +164,7 @@ bool run_copy_script(ini_store* store, const flow_kind& kind) {
 void keep_answers(ini_store* store, const flow_kind& kind, const walk_report& report) {
   const char* path = answers_path();
   std::string error;
-  if (path == nullptr || answers_keep(store, path, report.answered, &error)) return;
+  if (path == nullptr || plan_mode() || answers_keep(store, path, report.answered, &error)) return;
   console_printf("Error: %s\n", error.c_str());
   run_status_set(kExitFailed, 0, "%s done, but %s", kind.heading, error.c_str());
 }

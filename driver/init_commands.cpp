@@ -2,9 +2,11 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <string>
 
+#include "driver/options.h"
 #include "environment/httpd_conf.h"
 #include "fileops/file_ops.h"
 #include "fileops/file_trust.h"
@@ -92,6 +94,12 @@ void run_time_date(ini_store* store, const init_command& command) {
 
 void run_write_file(ini_store* store, const init_command& command) {
   std::string path = expanded_path(store, command.name);
+  if (plan_mode()) {
+    const char* text = setting_or_literal(store, command.value);
+    console_printf("Plan: the start-up would write \"%s\" (%zu bytes) to %s\n", text,
+                   std::strlen(text), path.c_str());
+    return;
+  }
   errno = 0;
   unique_file out(file_open_named(path.c_str(), "w"));
   if (!out) {

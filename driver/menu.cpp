@@ -32,7 +32,7 @@ bool run_choice(ini_store* store, int choice) {
     case 1: {
       int result = do_install(store);
       if (result == kFlowQuit) return true;
-      show_blurb(store);
+      if (!plan_mode()) show_blurb(store);
       return false;
     }
     case 2: return do_upgrade(store) == kFlowQuit;

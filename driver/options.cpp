@@ -11,6 +11,7 @@ namespace {
 std::string g_base_name;
 int g_automated = 0;
 int g_check = 0;
+int g_plan = 0;
 std::string g_tag;
 bool g_has_tag = false;
 std::string g_answers;
@@ -69,6 +70,12 @@ option_outcome set_check(logger*, const char*) {
   return {};
 }
 
+option_outcome set_plan(logger*, const char*) {
+  log_info("Planning: nothing is changed but the log");
+  g_plan = 1;
+  return {};
+}
+
 option_outcome set_status(logger*, const char*) {
   g_status = 1;
   log_info("Exit status tells the outcome");
@@ -82,6 +89,8 @@ constexpr option_def kOptions[] = {
     {"-version", nullptr, "print the version and exit", show_version},
     {"-automate", nullptr, "take every default (menu and questions), ask nothing", set_automate},
     {"-check", nullptr, "check the product's data files, run nothing", set_check},
+    {"-plan", nullptr, "ask as usual, then print what the action would do, doing nothing",
+     set_plan},
     {"-special", "<tag>", "run the <tag> sections of the questions and copy script", set_special},
     {"-httpd-conf", "<path>", "read the web server's configuration from <path> only",
      set_httpd_conf},
@@ -142,6 +151,8 @@ void set_program_base_name(const char* name) { g_base_name = str_or_empty(name);
 int automate_mode() { return g_automated; }
 
 int check_mode() { return g_check; }
+
+int plan_mode() { return g_plan; }
 
 const char* special_tag() { return g_has_tag ? g_tag.c_str() : nullptr; }
 

@@ -17,7 +17,7 @@ struct option_outcome {
 
 // The command-line pass, in argument order, each compared exactly against
 // the table (driver/options.cpp): "-debug", "-version", "-automate",
-// "-special <tag>", "-httpd-conf <path>" (the web server's main
+// "-plan", "-special <tag>", "-httpd-conf <path>" (the web server's main
 // configuration file, read as the server reads it instead of probing the
 // usual places), "-answers <file>", "-status" and "-help"; anything else is
 // passed over. "-debug" sets log's level; "-version" prints the version,
@@ -39,6 +39,11 @@ int automate_mode();
 // Non-zero when "-check" was given (also read by parse_options): the
 // product's files are checked, not run (driver/package_check.h).
 int check_mode();
+// Non-zero when "-plan" was given: the start-up, the menu and the questions
+// run as usual, then the action's copy script is printed as a plan instead
+// of run (copyscript/copy_plan.h), and init WFile lines print what they
+// would write. Nothing changes on disk but the log.
+int plan_mode();
 // The tag given after "-special", or nullptr.
 const char* special_tag();
 // The file given after "-answers", or nullptr.
