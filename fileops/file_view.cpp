@@ -263,11 +263,26 @@ void file_view_rename(file_view* view, const std::string& from, const std::strin
   if (view == nullptr) return;
   const std::string from_key = file_view_key(from);
   const std::string to_key = file_view_key(to);
+  if (from_key == to_key) return;
   record moved{status_of(*view, from_key), backing_of(*view, from_key)};
+  // What the plan laid below from goes along, under to.
+  std::vector<std::pair<std::string, record>> below;
+  const std::string prefix = from_key + "/";
+  for (auto at = view->records.lower_bound(prefix);
+       at != view->records.end() && at->first.compare(0, prefix.size(), prefix) == 0; ++at) {
+    below.emplace_back(to_key + at->first.substr(from_key.size()), at->second);
+  }
+  std::vector<std::string> written_below;
+  for (auto at = view->written.lower_bound(prefix);
+       at != view->written.end() && at->first.compare(0, prefix.size(), prefix) == 0; ++at) {
+    written_below.push_back(to_key + at->first.substr(from_key.size()));
+  }
   const bool was_written = view->written.count(from_key) != 0;
   file_view_remove(view, from_key);
   remove_below(*view, to_key);
   touch(*view, to_key) = moved;
+  for (auto& [key, held] : below) view->records[key] = std::move(held);
+  for (const std::string& key : written_below) view->written[key] = true;
   if (was_written || !moved.backing || *moved.backing != to_key) view->written[to_key] = true;
 }
 
@@ -285,14 +300,50 @@ void file_view_chmod(file_view* view, const std::string& path, mode_t mode) {
   if (held.now.exists && !held.now.is_link) held.now.mode = mode & kModeBits;
 }
 
-std::vector<file_view_change> file_view_changes(file_view* view) {
-  std::vector<file_view_change> changes;
-  if (view == nullptr) return changes;
-  for (const auto& [key, held] : view->records) {
-    file_view_status disk = disk_status(key);
-    const bool written = held.now.exists && view->written.count(key) != 0;
-    if (!written && same_state(disk, held.now)) continue;
-    changes.push_back({key, disk, held.now});
+namespace {
+
+using change_list = std::map<std::string, file_view_change>;
+
+void note_change(file_view& view, const std::string& key, const file_view_status& now,
+                 change_list* changes) {
+  file_view_status disk = disk_status(key);
+  const bool written = now.exists && view.written.count(key) != 0;
+  if (written || !same_state(disk, now)) (*changes)[key] = {key, disk, now};
+}
+
+// The names below key that no record holds, where the view shows something
+// other than the disk's own names (a directory removed, moved or moved to):
+// each compared, disk against view.
+void note_below(file_view& view, const std::string& key, change_list* changes) {
+  std::map<std::string, bool> names;
+  if (disk_status(key).is_dir) {
+    file_listing* listing = file_listing_open(file_open_path(key.c_str(), O_RDONLY | O_DIRECTORY),
+                                              key.c_str(), "*", file_status_need::type);
+    file_entry entry;
+    while (listing != nullptr && file_dir_next(&entry, listing)) names[entry.name] = true;
+    file_dir_close(&listing);
   }
-  return changes;
+  for (const file_view_entry& entry : file_view_list(&view, key, "*")) names[entry.name] = true;
+  for (const auto& [name, listed] : names) {
+    const std::string path = join(key, name);
+    if (view.records.count(path) != 0) continue;  // noted with its record
+    file_view_status now = status_of(view, path);
+    note_change(view, path, now, changes);
+    if (now.is_dir || disk_status(path).is_dir) note_below(view, path, changes);
+  }
+}
+
+}  // namespace
+
+std::vector<file_view_change> file_view_changes(file_view* view) {
+  std::vector<file_view_change> list;
+  if (view == nullptr) return list;
+  change_list changes;
+  for (const auto& [key, held] : view->records) {
+    note_change(*view, key, held.now, &changes);
+    const bool elsewhere = !held.backing || *held.backing != key;
+    if (elsewhere && (held.now.is_dir || disk_status(key).is_dir)) note_below(*view, key, &changes);
+  }
+  for (auto& [key, changed] : changes) list.push_back(std::move(changed));
+  return list;
 }
