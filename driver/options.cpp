@@ -89,8 +89,7 @@ constexpr option_def kOptions[] = {
     {"-version", nullptr, "print the version and exit", show_version},
     {"-automate", nullptr, "take every default (menu and questions), ask nothing", set_automate},
     {"-check", nullptr, "check the product's data files, run nothing", set_check},
-    {"-plan", nullptr, "ask as usual, then print what the action would do, doing nothing",
-     set_plan},
+    {"-plan", nullptr, "ask as usual, then print what the action would do", set_plan},
     {"-special", "<tag>", "run the <tag> sections of the questions and copy script", set_special},
     {"-httpd-conf", "<path>", "read the web server's configuration from <path> only",
      set_httpd_conf},
@@ -132,6 +131,11 @@ option_outcome show_help(logger*, const char*) {
     console_printf("  %-20s %s\n", shown.c_str(), option.help);
   }
   print_files();
+  console_print("Examples:\n");
+  console_printf("  ./%s -check            list the mistakes in the product's files\n",
+                 g_base_name.c_str());
+  console_printf("  ./%s -plan -automate   show what an unattended run would do\n",
+                 g_base_name.c_str());
   return {true, 0};
 }
 

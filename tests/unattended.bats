@@ -154,10 +154,11 @@ web_rot /srv"]="keep/b:2: unknown setting 'web_rot'"
   [ "$status" -eq 0 ]
   [ "${lines[0]}" = "Usage: setup [option]..." ]
   local word
-  for word in -debug -version -automate -check '-special <tag>' '-httpd-conf <path>' \
+  for word in -debug -version -automate -check -plan '-special <tag>' '-httpd-conf <path>' \
     '-answers <file>' -status -help setup.dat setup.int setup.q setup.cpy blurb.txt setup.log; do
     [ "$(grep -c -- "^  $word  " <<< "$output")" -eq 1 ]
   done
+  grep -qx '  ./setup -plan -automate   show what an unattended run would do' <<< "$output"
   [[ "$output" != *"Welcome"* ]]
   [[ "$output" != *"install."* ]]
   [ "$(awk 'length > 79' <<< "$output")" = "" ]
