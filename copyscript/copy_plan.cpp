@@ -113,11 +113,7 @@ void make_dir(planner& plan, const std::string& path) {
 
 int copy_file(planner& plan, const file_view_entry& source, const std::string& target) {
   file_view_status at = file_view_stat(plan.view, target);
-  if (at.is_link) {
-    console_printf("  refuse %s: a link stands there, never written through\n", target.c_str());
-    return fail(plan, "a link stands at " + target);
-  }
-  if (at.exists && !at.is_regular) {
+  if (at.exists && !at.is_regular) {  // a link too: never written through
     console_printf("  fail %s: a %s stands there\n", target.c_str(), kind_of(at));
     return fail(plan, "a " + std::string(kind_of(at)) + " stands at " + target);
   }

@@ -33,7 +33,7 @@ class copy_plan_test : public copy_test {
   void make_tree() {
     std::filesystem::remove_all(path("tree"));
     write_file("tree/src/one.txt", "1");
-    write_file("tree/src/two.txt", "22");
+    ASSERT_EQ(chmod(write_file("tree/src/two.txt", "22").c_str(), 0640), 0);
     write_file("tree/src/sub/three.txt", "333");
     write_file("tree/t/");
     write_file("tree/t/keep.keep", "k");
@@ -149,9 +149,9 @@ TEST_F(copy_plan_test, PlanListsWhatTheRunThenChanges) {
       // A template rendered; one that is missing empties its destination
       // and falls back to a copy that finds no directory.
       "Ini @/tree/board.ini.in @/tree/t/board.ini\nIni @/tree/none.in @/tree/t/other.ini",
-      // A rename of nothing falls back to a copy; a made directory over a
-      // file fails.
-      "Rename @/tree/missing @/tree/t\nMkDir @/tree/src/one.txt/x",
+      // A rename of nothing falls back to a copy of what the source's
+      // pattern matches; a made directory over a file fails.
+      "Rename @/tree/src/*.txt @/tree/old\nMkDir @/tree/src/one.txt/x",
       // Exist sees what an earlier line copied, and its control lets a line run.
       "CopyFile @/tree/src/two.txt - @/tree/old\nExist @/tree/old/two.txt have\n"
       "WFile @/tree/old/flag.txt flag have",
