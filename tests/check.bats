@@ -36,6 +36,13 @@ clear_product_dir() { find . -mindepth 1 -maxdepth 1 ! -name install -exec rm -r
   [ "${#failed[@]}" -eq 0 ] || { echo "failed: ${failed[*]}"; false; }
 }
 
+@test "the product the other tests start from (widget_product) checks clean" {
+  widget_product
+  talk "" -check
+  ran_cleanly
+  [ "$output" = "0 errors, 0 warnings" ]
+}
+
 @test "the example product checks clean; nothing runs and only the log changes; a renamed program checks its own files" {
   cp -r "$INSTALL_SOURCE_DIR"/examples/. .
   printf 'WFile $(current_dir)/written version - -\n' >> install.int

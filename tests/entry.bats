@@ -4,6 +4,8 @@
 
 load test_helper
 
+# -check: no data files at all (4 errors): these options end the run before
+# any is read.
 setup() { make_product_dir; }
 teardown() { remove_product_dir; }
 

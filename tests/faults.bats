@@ -19,6 +19,8 @@ as_nobody="setpriv --reuid=nobody --regid=nogroup --clear-groups"
 make_file() { head -c "$(($2 * 1024))" /dev/zero | tr '\0' "$3" > "$1"; }
 
 # script SECTION LINES...: no questions and these copy lines for SECTION.
+# -check: the other actions' sections are missing (4 errors): each test runs
+# only SECTION.
 script() { printf '[%s]\n' "$1" | tee install.q > install.cpy; shift; printf '%s\n' "$@" >> install.cpy; }
 
 # talk_on_small_disk INPUT ARGS...: talk with docroot a 1 MiB tmpfs (full
@@ -96,6 +98,7 @@ talk_on_small_disk() {
 
 # Each row: how the log is made unusable | who runs the program.
 @test "a log that cannot be written costs only the log" {
+  # -check: no [upgrade] or [remove] sections (4 errors): this test only runs Install.
   printf '[install]\nText name - - 1 Your name\n' > install.q
   printf '[install]\nWFile $(current_dir)/name.txt name\n' > install.cpy
   talk $'1\nSam\n\n\n'
@@ -117,6 +120,7 @@ EOF
 # Each row: input (BIG a line of a mebibyte) | how the output ends | whether
 # the copy ran | how often an answer was refused.
 @test "end of input at each kind of prompt, and a line of a mebibyte at the menu and each question" {
+  # -check: no [upgrade] or [remove] sections (4 errors): this test only runs Install.
   printf 'sure yes\nplace /tmp\n' >> install.dat
   printf '[install]\nText name - - 1 Your name\nYN sure - - 2 Sure\nDirExist place - - 3 Where\n' > install.q
   printf '[install]\nWFile $(current_dir)/ran.txt name\n' > install.cpy
@@ -146,6 +150,8 @@ EOF
 # Each data file in turn is empty, or lacks its final line end (binary data
 # is the fuzz targets' part).
 @test "empty and unterminated data files" {
+  # -check: no [upgrade] or [remove] sections (4 errors) and 'greeting' undeclared,
+  # besides what the emptied file lacks: the files are broken on purpose.
   local file kind
   for file in install.dat install.int install.q install.cpy blurb.txt; do
     for kind in empty unterminated; do

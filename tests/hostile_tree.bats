@@ -7,6 +7,8 @@
 load test_helper
 load attacker
 
+# -check: only [harden] in install.q and install.cpy (6 errors): every run
+# here is that special action.
 setup() {
   attack_setup
   mkdir -p docroot/board src backup

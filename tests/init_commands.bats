@@ -4,6 +4,8 @@
 
 load test_helper
 
+# -check: no install.q or install.cpy (2 errors), and the settings the init
+# commands fill undeclared (warnings): these tests run only the start-up.
 setup() {
   make_product_dir
   printf 'product Widget\nyear_format %%Y\nkept unchanged\n' > install.dat

@@ -6,6 +6,8 @@
 load test_helper
 load attacker
 
+# -check: only [remove] in install.q and install.cpy (4 errors): every run
+# here is a Remove.
 setup() {
   attack_setup
   chown www-data:www-data docroot

@@ -94,11 +94,13 @@ check_dialogue() {
   diff -u "$WANT_FILE" "$STDOUT_FILE"
 }
 
-# A product called Widget with an init file that does nothing; tests add
-# lines to install.dat and write the other files they need.
+# A product called Widget that checks clean: an init file that does nothing,
+# and the three actions' sections, empty, in the question file and the copy
+# script. Tests add lines to install.dat and write over the files they need.
 widget_product() {
   printf 'product Widget\n' > install.dat
   printf '# no start-up commands\n' > install.int
+  printf '[%s]\n' install upgrade remove | tee install.q > install.cpy
 }
 
 # log_has LEVEL MESSAGE: the log holds a stamped line that reads exactly

@@ -1,2 +1,2 @@
 7c\
-Loop      make_root   9
+Loop      make_root   7
