@@ -161,6 +161,11 @@ void check_loop(const section_check& at, unsigned index) {
                 "action with \"Loop to %u would repeat forever\"; write the number of an earlier "
                 "question",
                 target, label, target);
+  } else if (target == index + 1) {
+    check_warning(at.report, at.file, line,
+                  "the Loop goes on to the next question (line %d), which a run asks anyway: it "
+                  "changes nothing; a Loop goes back to an earlier question",
+                  at.lines[target]);
   } else if (target > index) {
     check_warning(at.report, at.file, line,
                   "the Loop goes forward, to question %u (line %d): when %s reads false, the "

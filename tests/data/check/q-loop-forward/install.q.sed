@@ -1,2 +1,2 @@
 7c\
-Loop      make_root   5
+Loop      make_root   6

@@ -1,0 +1,2 @@
+7c\
+Loop      make_root   5
