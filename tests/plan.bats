@@ -10,20 +10,11 @@
 load test_helper
 
 setup() {
-  unshare -m true 2>/dev/null || skip "private mount namespaces are not available"
   id www-data > /dev/null 2>&1 || skip "no www-data account"
-  make_product_dir
-  cp -r "$INSTALL_SOURCE_DIR"/examples/{install.dat,install.int,install.q,install.cpy,blurb.txt} .
-  cp -r "$INSTALL_SOURCE_DIR"/examples/{cgi-bin,conf,data,htdocs} .
+  example_product_confined
   printf '%s\n' 'User www-data' 'Group www-data' "DocumentRoot \"$PWD/www\"" \
     "ScriptAlias /cgi-bin/ \"$PWD/cgi/\"" > httpd.conf
   printf '%s\n' "data_dir $PWD/notes" 'remove_data true' > answers
-  # shellcheck disable=SC2016 # expanded by the confined shell
-  printf '%s\n' '#!/bin/sh' 'mount --make-rprivate / && mount --bind "$PWD" "$PWD" &&' \
-    '  mount -o bind,remount,ro / && cd "$PWD" && exec "$@"' > "$BATS_TEST_TMPDIR/confine"
-  chmod +x "$BATS_TEST_TMPDIR/confine"
-  INSTALL_RUNNER="unshare -m $BATS_TEST_TMPDIR/confine $INSTALL_RUNNER"
-  umask 022
 }
 teardown() { remove_product_dir; }
 

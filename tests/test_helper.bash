@@ -103,6 +103,22 @@ widget_product() {
   printf '[%s]\n' install upgrade remove | tee install.q > install.cpy
 }
 
+# example_product_confined: the example product in a new product directory,
+# run with every path of the host but that directory read-only (a private
+# mount namespace), so that a write outside the folder fails the run.
+example_product_confined() {
+  unshare -m true 2>/dev/null || skip "private mount namespaces are not available"
+  make_product_dir
+  cp -r "$INSTALL_SOURCE_DIR"/examples/{install.dat,install.int,install.q,install.cpy,blurb.txt} .
+  cp -r "$INSTALL_SOURCE_DIR"/examples/{cgi-bin,conf,data,htdocs} .
+  # shellcheck disable=SC2016 # expanded by the confined shell
+  printf '%s\n' '#!/bin/sh' 'mount --make-rprivate / && mount --bind "$PWD" "$PWD" &&' \
+    '  mount -o bind,remount,ro / && cd "$PWD" && exec "$@"' > "$BATS_TEST_TMPDIR/confine"
+  chmod +x "$BATS_TEST_TMPDIR/confine"
+  INSTALL_RUNNER="unshare -m $BATS_TEST_TMPDIR/confine $INSTALL_RUNNER"
+  umask 022
+}
+
 # log_has LEVEL MESSAGE: the log holds a stamped line that reads exactly
 # "LEVEL: MESSAGE" after its stamp.
 log_has() {

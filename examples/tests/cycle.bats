@@ -6,18 +6,7 @@
 
 load ../../tests/test_helper
 
-setup() {
-  unshare -m true 2>/dev/null || skip "private mount namespaces are not available"
-  make_product_dir
-  cp -r "$INSTALL_SOURCE_DIR"/examples/{install.dat,install.int,install.q,install.cpy,blurb.txt} .
-  cp -r "$INSTALL_SOURCE_DIR"/examples/{cgi-bin,conf,data,htdocs} .
-  # shellcheck disable=SC2016 # expanded by the confined shell
-  printf '%s\n' '#!/bin/sh' 'mount --make-rprivate / && mount --bind "$PWD" "$PWD" &&' \
-    '  mount -o bind,remount,ro / && cd "$PWD" && exec "$@"' > "$BATS_TEST_TMPDIR/confine"
-  chmod +x "$BATS_TEST_TMPDIR/confine"
-  INSTALL_RUNNER="unshare -m $BATS_TEST_TMPDIR/confine $INSTALL_RUNNER"
-  umask 022
-}
+setup() { example_product_confined; }
 teardown() { remove_product_dir; }
 
 # board INPUT [ARGS...]: a run with the web server's configuration missing.
