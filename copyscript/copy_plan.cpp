@@ -212,8 +212,10 @@ int copy_into(planner& plan, const copy_line& line, const file_view_entry& into,
     const std::string target = joined(into.path, source.name);
     if (excluded_nocase(source.name, line.not_list)) {
       console_printf("  leave out %s\n", source.path.c_str());
-    } else if (too_long(plan, target)) {
-    } else if (!source.status.is_dir) {
+      continue;
+    }
+    if (too_long(plan, target)) continue;  // a directory CopyFile skips too, as the run does
+    if (!source.status.is_dir) {
       count += copy_file(plan, source, target);
     } else if (whole_trees) {
       count += copy_tree(plan, source, target, not_list, target);
