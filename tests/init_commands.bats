@@ -20,6 +20,10 @@ teardown() { remove_product_dir; }
     'Copy copied product - -' 'Copy literal no_such_setting - -' 'TimeDate year_format year - -' \
     'RFile $(current_dir)/in.txt read - -' 'RFile $(current_dir)/empty.txt kept - -' > install.int
   for name in found none copied literal year read kept; do echo "WFile out.$name $name - -"; done >> install.int
+  run program -plan -automate < /dev/null  # says what it would write, writes nothing
+  [ "$status" -eq 0 ]
+  [[ "$output" == *$'\nPlan: the start-up would write "Widget" (6 bytes) to out.copied\n'* ]]
+  [ -z "$(ls out.* 2> /dev/null)" ]
   run program -automate < /dev/null
   [ "$status" -eq 0 ]
   # As they are, no line end added.
