@@ -155,6 +155,8 @@ TEST_F(copy_plan_test, PlanListsWhatTheRunThenChanges) {
       // Exist sees what an earlier line copied, and its control lets a line run.
       "CopyFile @/tree/src/two.txt - @/tree/old\nExist @/tree/old/two.txt have\n"
       "WFile @/tree/old/flag.txt flag have",
+      // Exclusions ignore case at the top of a tree copy, not below it.
+      "CopyDir @/tree/src *.TXT,sub,SRC2 @/tree/old",
       // Mode changes by path exclusion, everything below a directory first.
       "Chmod @/tree/src - 750 *sub*",
   };
@@ -164,18 +166,24 @@ TEST_F(copy_plan_test, PlanListsWhatTheRunThenChanges) {
   EXPECT_NE(printed().find("The run stops here"), std::string::npos);
 }
 
-// Owners: a new file in a set-group-id directory takes its group, and a
-// chown names the ids it would give.
+// Owners: a new file in a set-group-id directory takes its group, a chown
+// names the ids it would give, and one to root leaves the web server's link.
 TEST_F(copy_plan_test, OwnersFollowTheAccountsAndTheSetGroupIdBit) {
   const passwd* web = getpwnam("www-data");
   if (web == nullptr || geteuid() != 0) GTEST_SKIP() << "needs root and www-data";
   plan_then_run(
       "CopyFile @/tree/src/one.txt - @/tree/t\nMkDir @/tree/t/sub\n"
-      "Chown @/tree/old - www-data:www-data",
+      "Chown @/tree/t - www-data:www-data\nChown @/tree/old - root:root",
       0, [&] {
         ASSERT_EQ(chown(path("tree/t").c_str(), 0, web->pw_gid), 0);
         ASSERT_EQ(chmod(path("tree/t").c_str(), 02775), 0);
+        // The web server's link is left to it by a chown to root.
+        ASSERT_EQ(symlink("/etc/hostname", path("tree/old/web.lnk").c_str()), 0);
+        ASSERT_EQ(lchown(path("tree/old/web.lnk").c_str(), web->pw_uid, web->pw_gid), 0);
+        ASSERT_EQ(chown(path("tree/old/stale.txt").c_str(), web->pw_uid, web->pw_gid), 0);
       });
+  EXPECT_NE(printed().find("leave link " + path("tree/old/web.lnk") + " to its owner"),
+            std::string::npos);
 }
 
 }  // namespace
