@@ -233,7 +233,9 @@ int plan_copy(planner& plan, const copy_line& line, bool whole_trees) {
                    line.destination ? line.destination->c_str() : "(none)");
     return fail(plan, "No destination directories found");
   }
-  console_printf("  destination directories: %s\n", names_of(dirs).c_str());
+  std::string paths;
+  for (const file_view_entry& dir : dirs) paths += (paths.empty() ? "" : ", ") + dir.path;
+  console_printf("  destination directories: %s\n", paths.c_str());
   if (!line.source) return 0;
   int count = 0;
   for (const file_view_entry& into : dirs) count += copy_into(plan, line, into, whole_trees);
