@@ -47,13 +47,6 @@ std::string operation_words() {
   return words;
 }
 
-const copy_operation_word* operation_of(uint32_t code) {
-  for (const copy_operation_word& op : k_copy_operation_words) {
-    if (op.code == code) return &op;
-  }
-  return nullptr;
-}
-
 // The names of an operation's required fields, as the messages give them.
 std::vector<const char*> field_names(uint32_t code, unsigned fields) {
   std::vector<const char*> names;
@@ -66,7 +59,7 @@ std::vector<const char*> field_names(uint32_t code, unsigned fields) {
 }
 
 void report_dropped(const line_at& at, const copy_line& line) {
-  const copy_operation_word* op = operation_of(line.type);
+  const copy_operation_word* op = copy_operation_of(line.type);
   if (op == nullptr) return;
   const std::vector<const char*> names = field_names(line.type, op->fields);
   const bool given[] = {line.source.has_value(), line.not_list.has_value(),

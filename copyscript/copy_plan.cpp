@@ -26,13 +26,6 @@ struct planner {
 
 using entries = std::vector<file_view_entry>;
 
-const char* word_of(uint32_t type) {
-  for (const copy_operation_word& word : k_copy_operation_words) {
-    if (word.code == type) return word.word;
-  }
-  return "?";
-}
-
 const char* kind_of(const file_view_status& status) {
   if (status.is_dir) return "dir";
   if (status.is_link) return "link";
@@ -487,17 +480,15 @@ int plan_line(planner& plan, const copy_line& line) {
 // "Line 5: CopyFile <source> <not> <destination> [<control> [<comparison>]]",
 // the fields as the run reads them.
 void print_line(int index, const copy_line& line) {
-  std::string text = word_of(line.type);
+  const copy_operation_word* op = copy_operation_of(line.type);
+  std::string text = op != nullptr ? op->word : "?";
   for (const std::optional<std::string>* field :
        {&line.source, &line.not_list, &line.destination, &line.control, &line.control_cmp}) {
-    if (field == &line.not_list && !line.not_list) {
-      const bool has_not = line.type == k_copy_file || line.type == k_copy_dir ||
-                           (line.type & k_remove_group) != 0 || line.type == k_copy_chown ||
-                           line.type == k_copy_chmod;
-      if (has_not) text += " -";
-      continue;
+    if (*field) {
+      text += " " + **field;
+    } else if (field == &line.not_list && op != nullptr && (op->fields & k_field_not) != 0) {
+      text += " -";  // no exclusion
     }
-    if (*field) text += " " + **field;
   }
   console_printf("Line %d: %s\n", index + 1, text.c_str());
 }

@@ -132,6 +132,13 @@ std::optional<std::string> part_of(const char* path, Split split) {
 
 }  // namespace
 
+const copy_operation_word* copy_operation_of(uint32_t code) {
+  for (const copy_operation_word& op : k_copy_operation_words) {
+    if (op.code == code) return &op;
+  }
+  return nullptr;
+}
+
 copy_script* copy_script_create(ini_store* store) {
   copy_script* script = new copy_script;
   script->store = store;

@@ -71,6 +71,9 @@ inline constexpr copy_operation_word k_copy_operation_words[] = {
     {"RFile", k_copy_rfile, k_field_source | k_field_destination},
 };
 
+// The operation of a code, or null for a code that is none.
+const copy_operation_word* copy_operation_of(uint32_t code);
+
 // One operation line; absent fields are empty optionals.
 struct copy_line {
   std::optional<std::string> source;       // path acted on, settings expanded

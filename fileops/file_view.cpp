@@ -6,6 +6,8 @@
 
 #include <map>
 #include <optional>
+#include <set>
+#include <string_view>
 
 #include "fileops/file_dir.h"
 #include "fileops/file_ops.h"
@@ -47,6 +49,9 @@ file_view_status disk_status(const std::string& path) {
   return status;
 }
 
+// What every name below key starts with.
+std::string below_prefix(const std::string& key) { return key == "/" ? key : key + "/"; }
+
 std::string parent_of(const std::string& key) {
   size_t slash = key.rfind('/');
   if (slash == std::string::npos) return "";
@@ -54,8 +59,25 @@ std::string parent_of(const std::string& key) {
 }
 
 std::string join(const std::string& dir, const std::string& name) {
-  if (dir.empty()) return name;
-  return dir == "/" ? "/" + name : dir + "/" + name;
+  return dir.empty() ? name : below_prefix(dir) + name;
+}
+
+// The path of an element of a map or a set keyed by path.
+template <typename Value>
+const std::string& path_of(const std::pair<const std::string, Value>& element) {
+  return element.first;
+}
+const std::string& path_of(const std::string& element) { return element; }
+
+// Calls visit(element) for each element of names (a map or set keyed by
+// path) that stands below key, in path order.
+template <typename Names, typename Visit>
+void for_each_below(Names& names, const std::string& key, Visit visit) {
+  const std::string prefix = below_prefix(key);
+  for (auto at = names.lower_bound(prefix);
+       at != names.end() && std::string_view(path_of(*at)).starts_with(prefix); ++at) {
+    visit(*at);
+  }
 }
 
 bool same_state(const file_view_status& a, const file_view_status& b) {
@@ -71,7 +93,7 @@ struct file_view {
   std::map<std::string, record> records;
   // Names written by the plan: a rewrite counts as a change even when the
   // owner and mode stay.
-  std::map<std::string, bool> written;
+  std::set<std::string> written;
   uid_t uid = geteuid();
   gid_t gid = getegid();
   mode_t mask = 0;
@@ -98,9 +120,7 @@ std::optional<std::string> backing_of(const file_view& view, const std::string& 
   const record& held = found->second;
   if (found->first == key) return held.now.exists ? held.backing : std::nullopt;
   if (!held.now.exists || !held.now.is_dir || !held.backing) return std::nullopt;
-  std::string rest = key.substr(found->first.size());
-  if (found->first == "/") rest = "/" + rest;
-  return *held.backing + rest;
+  return join(*held.backing, key.substr(below_prefix(found->first).size()));
 }
 
 file_view_status status_of(const file_view& view, const std::string& key) {
@@ -121,12 +141,7 @@ record& touch(file_view& view, const std::string& key) {
 // Marks every record below key as removed, so nothing made there earlier
 // shows through a directory made again at key.
 void remove_below(file_view& view, const std::string& key) {
-  const std::string prefix = key == "/" ? "/" : key + "/";
-  for (auto at = view.records.lower_bound(prefix);
-       at != view.records.end() && at->first.compare(0, prefix.size(), prefix) == 0; ++at) {
-    at->second.now = file_view_status{};
-    at->second.backing.reset();
-  }
+  for_each_below(view.records, key, [](auto& below) { below.second = record{}; });
 }
 
 }  // namespace
@@ -194,15 +209,14 @@ std::vector<file_view_entry> file_view_list(file_view* view, const std::string& 
     }
     file_dir_close(&listing);
   }
-  const std::string prefix = key == "/" ? "/" : key + "/";
-  for (auto at = view->records.lower_bound(prefix);
-       at != view->records.end() && at->first.compare(0, prefix.size(), prefix) == 0; ++at) {
-    const std::string name = at->first.substr(prefix.size());
-    if (name.find('/') != std::string::npos || listed.count(name) != 0) continue;
-    if (at->second.now.exists && wild_match(name.c_str(), pattern)) {
-      entries.push_back({name, at->first, at->second.now});
+  const size_t skip = below_prefix(key).size();
+  for_each_below(view->records, key, [&](const auto& below) {
+    const std::string name = below.first.substr(skip);
+    if (name.find('/') != std::string::npos || listed.count(name) != 0) return;
+    if (below.second.now.exists && wild_match(name.c_str(), pattern)) {
+      entries.push_back({name, below.first, below.second.now});
     }
-  }
+  });
   return entries;
 }
 
@@ -246,7 +260,7 @@ void file_view_write(file_view* view, const std::string& path, off_t size) {
   if (!held.now.exists) held.now = made;
   held.now.size = size;
   held.backing.reset();
-  view->written[key] = true;
+  view->written.insert(key);
 }
 
 void file_view_remove(file_view* view, const std::string& path) {
@@ -266,24 +280,21 @@ void file_view_rename(file_view* view, const std::string& from, const std::strin
   if (from_key == to_key) return;
   record moved{status_of(*view, from_key), backing_of(*view, from_key)};
   // What the plan laid below from goes along, under to.
+  auto moved_path = [&](const std::string& path) { return to_key + path.substr(from_key.size()); };
   std::vector<std::pair<std::string, record>> below;
-  const std::string prefix = from_key + "/";
-  for (auto at = view->records.lower_bound(prefix);
-       at != view->records.end() && at->first.compare(0, prefix.size(), prefix) == 0; ++at) {
-    below.emplace_back(to_key + at->first.substr(from_key.size()), at->second);
-  }
+  for_each_below(view->records, from_key, [&](const auto& held) {
+    below.emplace_back(moved_path(held.first), held.second);
+  });
   std::vector<std::string> written_below;
-  for (auto at = view->written.lower_bound(prefix);
-       at != view->written.end() && at->first.compare(0, prefix.size(), prefix) == 0; ++at) {
-    written_below.push_back(to_key + at->first.substr(from_key.size()));
-  }
+  for_each_below(view->written, from_key,
+                 [&](const std::string& path) { written_below.push_back(moved_path(path)); });
   const bool was_written = view->written.count(from_key) != 0;
   file_view_remove(view, from_key);
   remove_below(*view, to_key);
   touch(*view, to_key) = moved;
   for (auto& [key, held] : below) view->records[key] = std::move(held);
-  for (const std::string& key : written_below) view->written[key] = true;
-  if (was_written || !moved.backing || *moved.backing != to_key) view->written[to_key] = true;
+  view->written.insert(written_below.begin(), written_below.end());
+  if (was_written || !moved.backing || *moved.backing != to_key) view->written.insert(to_key);
 }
 
 void file_view_chown(file_view* view, const std::string& path, uid_t uid, gid_t gid) {
