@@ -1,5 +1,6 @@
 #include "copyscript/copy_plan.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -462,8 +463,21 @@ int plan_error(planner& plan, const copy_line& line) {
   return fail(plan, line.destination ? *line.destination : "");
 }
 
-int plan_line(planner& plan, const copy_line& line) {
-  if (!line.source) return 0;
+// The line with "\" read as "/" in its path fields, as the run reads path
+// texts; the names the plan then lists keep theirs as part of the name.
+copy_line with_slashes(const copy_line& line) {
+  auto slashes = [](std::optional<std::string>& field) {
+    if (field) std::replace(field->begin(), field->end(), '\\', '/');
+  };
+  copy_line paths = line;
+  if (line.type != k_copy_error) slashes(paths.source);
+  if ((line.type & k_copy_group) != 0 && line.type != k_copy_mkdir) slashes(paths.destination);
+  return paths;
+}
+
+int plan_line(planner& plan, const copy_line& written) {
+  if (!written.source) return 0;
+  const copy_line line = with_slashes(written);
   if (line.type & k_copy_group) return plan_copy_group(plan, line);
   if (line.type & k_remove_group) return plan_remove(plan, line, line.type == k_copy_rm_dir);
   switch (line.type) {

@@ -35,6 +35,7 @@ class copy_plan_test : public copy_test {
     write_file("tree/src/one.txt", "1");
     ASSERT_EQ(chmod(write_file("tree/src/two.txt", "22").c_str(), 0640), 0);
     write_file("tree/src/sub/three.txt", "333");
+    write_file("tree/src/sub\\three.txt", "a name, not a path");
     write_file("tree/t/");
     write_file("tree/t/keep.keep", "k");
     write_file("tree/old/stale.txt", "s");

@@ -162,7 +162,6 @@ void file_view_free(file_view** view) {
 std::string file_view_key(const std::string& path) {
   std::string key;
   for (char c : path) {
-    if (c == '\\') c = '/';
     if (c == '/' && !key.empty() && key.back() == '/') continue;
     key += c;
   }

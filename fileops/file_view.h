@@ -5,9 +5,9 @@
 // after it, and a removed one is gone.
 //
 // The real tree is read the way the walks read it (file_trust.h, file_dir.h):
-// no link another account controls is followed. Path texts are compared
-// with "\" taken as "/", runs of separators as one, and no separator at the
-// end; "." and ".." are names like any other.
+// no link another account controls is followed, and a name listed from a
+// directory is one name ("\" included). Paths are compared with runs of "/"
+// as one and no "/" at the end; "." and ".." are names like any other.
 #pragma once
 
 #include <sys/types.h>
@@ -42,8 +42,10 @@ file_view* file_view_create();
 // Frees the view and clears *view; null-safe.
 void file_view_free(file_view** view);
 
-// The path in the form the view compares: "\" as "/", no repeated or final
-// separator ("/" stays "/").
+// The path in the form the view compares: no repeated or final "/" ("/"
+// stays "/"). A "\" is left as it is: in a name listed from a directory it
+// is part of the name, and a caller turns the "\" separators of a path
+// text it was given into "/" first.
 std::string file_view_key(const std::string& path);
 
 // The status of path's own name in the view.
